@@ -1,0 +1,79 @@
+/* Types that every function of zvpCV shares.
+ *
+ * Image: a pointer to the first pixel of the region of interest and a step, the distance in bytes from the start of one
+ * row to the start of the next. The pixels of a row are contiguous; a pixel of three channels is three consecutive
+ * elements. Pointers may have any alignment, also one that does not suit the element type.
+ *
+ * Unless a function says otherwise, it checks its arguments in this order, the first failure decides, and a failing
+ * call writes nothing:
+ *   1. a null image pointer                                             ErrNullPtr
+ *   2. a width or height < 1                                            ErrSize
+ *   3. a step < width x channels x element size (so any negative step)  ErrStep
+ *   4. a step that is not a multiple of an element size of 2, 4 or 8    ErrStepNotMultiple
+ *   5. what the family adds
+ *
+ * Any function may run on any number of threads at once, provided that no two of them write the same memory. */
+#ifndef ZVPCV_TYPES_H
+#define ZVPCV_TYPES_H
+
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define ZVP_API __attribute__((visibility("default")))
+#else
+#define ZVP_API
+#endif
+
+/* Result of every image function: 0 is success, a negative value an error (no output has been written), a positive
+ * value a warning (the call has completed). */
+#ifndef ZVP_STATUS
+#define ZVP_STATUS
+typedef int32_t Status;
+#endif
+
+enum {
+  StatusOk = 0,
+  WarnKernelNotSymmetric = 38,   /* a kernel is not symmetric; its left half was used, mirrored */
+  ErrBadArg = -5,                /* an argument value outside its allowed set */
+  ErrSize = -6,                  /* a width or height < 1, or another size that breaks its rule */
+  ErrNullPtr = -8,               /* a required pointer is null */
+  ErrNoMemory = -9,              /* an internal allocation failed; everything has been released */
+  ErrOutOfRange = -11,           /* a point outside its allowed range */
+  ErrDataType = -12,             /* a DataType code that the call does not accept */
+  ErrStep = -14,                 /* a step smaller than the row in bytes */
+  ErrMaskSize = -33,             /* a mask-size code other than 33 (3x3) or 55 (5x5) */
+  ErrAnchor = -34,               /* an anchor outside the kernel or mask */
+  ErrChannelOfInterest = -52,    /* a channel of interest outside 1 to 3 */
+  ErrNumChannels = -53,          /* a channel count other than 1 or 3 */
+  ErrMetric = -56,               /* a distance weight < 1 (integer) or <= 0 (float) */
+  ErrStepNotMultiple = -108,     /* a step that is not a multiple of the element size */
+  ErrBorderType = -225,          /* a border type outside the family's set */
+  ErrNorm = -229,                /* a norm code that the function does not accept */
+  ErrInPlaceNotSupported = -9997 /* source and destination equal where the function cannot work in place */
+};
+
+/* Size of the region of interest in pixels; passed by value. */
+typedef struct RoiSize {
+  int32_t width;
+  int32_t height;
+} RoiSize;
+
+typedef struct Point {
+  int32_t x;
+  int32_t y;
+} Point;
+
+typedef struct Point32f {
+  float x;
+  float y;
+} Point32f;
+
+/* Offset and size of a rectangle, in pixels (or table entries where a function says so). */
+typedef struct Rect {
+  int32_t x;
+  int32_t y;
+  int32_t width;
+  int32_t height;
+} Rect;
+
+#endif

@@ -1,0 +1,11 @@
+/* Everything zvpCV exports. Include this, or only the header of the subsystem you use. */
+#ifndef ZVPCV_ZVPCV_H
+#define ZVPCV_ZVPCV_H
+
+#include <zvpcv/arithmetic.h>
+#include <zvpcv/detect.h>
+#include <zvpcv/integral.h>
+#include <zvpcv/types.h>
+#include <zvpcv/version.h>
+
+#endif

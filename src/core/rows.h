@@ -1,0 +1,31 @@
+// Image operands: every pointer-and-step pair becomes a Rows at the border and stays one.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "zvpcv/types.h"
+
+namespace zvp {
+
+template <class T>
+struct Rows {
+  T* data;
+  int step;  // bytes
+
+  // The offset is formed in pointer width.
+  T* row(int64_t y) const {
+    const auto offset = static_cast<uintptr_t>(y) * static_cast<uintptr_t>(intptr_t{step});
+    return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(data) + offset);
+  }
+};
+template <class T>
+Rows(T*, int) -> Rows<T>;
+
+// Calls kernel(row of each operand..., n) from the top row to the bottom; n elements a row.
+template <class Kernel, class... T>
+inline void forEachRow(int height, int n, Kernel kernel, Rows<T>... rows) {
+  for (int y = 0; y < height; ++y) kernel(rows.row(y)..., n);
+}
+
+}  // namespace zvp

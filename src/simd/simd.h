@@ -1,0 +1,275 @@
+// The vector vocabulary: everything the kernels need beyond the operators of the compilers' vector types.
+//
+//   Pack<T, N>           N elements of T; Pack<T, 1> is T itself, so that a kernel's tail is the kernel with N = 1
+//   lanes<T>             elements of T in one register of this build
+//   load<V>, store       from and to memory of any alignment
+//   loadAs<T, N>         N elements of another type, converted to T
+//   convert<T>           element by element; double to int32_t rounds to nearest even
+//   min, max, absolute, squareRoot, + - * & | ^ < > ?: as usual
+//   mulSigned32          64-bit products of the low signed halves
+//   prefixSum            element i becomes the sum of the elements 0..i
+//   broadcastLast        every element becomes the last one
+//   storeStream, fence   stores that pass the caches by
+//
+// This is the only header with intrinsics and processor macros.
+#pragma once
+
+#include <immintrin.h>
+#include <stdint.h>
+
+#include <bit>
+#include <type_traits>
+
+namespace zvp::simd {
+
+#if defined(__AVX512BW__) && defined(__AVX512DQ__) && defined(__AVX512VL__)
+inline constexpr int kIntegerBytes = 64, kFloatBytes = 64;
+#elif defined(__AVX2__)
+inline constexpr int kIntegerBytes = 32, kFloatBytes = 32;
+#else
+inline constexpr int kIntegerBytes = 16, kFloatBytes = 32;
+#endif
+
+#define ZVP_INLINE __attribute__((always_inline)) inline
+
+template <class T, int N>
+struct PackOf {
+  typedef T Type __attribute__((vector_size(N * sizeof(T))));
+};
+template <class T>
+struct PackOf<T, 1> {
+  using Type = T;
+};
+template <class T, int N>
+using Pack = typename PackOf<T, N>::Type;
+
+template <class T>
+inline constexpr int lanes = (std::is_floating_point_v<T> ? kFloatBytes : kIntegerBytes) / int{sizeof(T)};
+
+template <class V>
+struct ElementOf {
+  using Type = std::remove_cvref_t<decltype(std::declval<V&>()[0])>;
+};
+template <class V>
+requires std::is_arithmetic_v<V>
+struct ElementOf<V> {
+  using Type = V;
+};
+template <class V>
+using Element = typename ElementOf<V>::Type;
+template <class V>
+inline constexpr int laneCount = int{sizeof(V)} / int{sizeof(Element<V>)};
+
+// Memory of any alignment and any effective type.
+template <class V>
+struct [[gnu::packed, gnu::may_alias]] Loose {
+  V value;
+};
+
+template <class V>
+ZVP_INLINE V load(const void* p) {
+  return static_cast<const Loose<V>*>(p)->value;
+}
+
+template <class V>
+ZVP_INLINE void store(void* p, V v) {
+  static_cast<Loose<V>*>(p)->value = v;
+}
+
+template <class T, int N>
+ZVP_INLINE Pack<T, N> broadcast(T value) {
+  if constexpr (N == 1) {
+    return value;
+  } else {
+    return value - Pack<T, N>{};  // v - 0 keeps every value's bits, -0 included
+  }
+}
+
+template <class V>
+ZVP_INLINE V min(V a, V b) {
+  return a < b ? a : b;
+}
+
+template <class V>
+ZVP_INLINE V max(V a, V b) {
+  return a > b ? a : b;
+}
+
+// Clears the sign bit, of NaNs too.
+template <class V>
+ZVP_INLINE V absolute(V v) {
+  static_assert(std::is_same_v<Element<V>, float>);
+  using Bits = Pack<uint32_t, laneCount<V>>;
+  return std::bit_cast<V>(Bits(std::bit_cast<Bits>(v) & 0x7fffffffu));
+}
+
+template <class V>
+ZVP_INLINE V squareRoot(V v) {
+  if constexpr (std::is_same_v<V, float>) {
+    return __builtin_sqrtf(v);
+  } else if constexpr (std::is_same_v<V, double>) {
+    return __builtin_sqrt(v);
+  } else if constexpr (std::is_same_v<V, Pack<float, 4>>) {
+    return V(_mm_sqrt_ps(__m128(v)));
+  } else if constexpr (std::is_same_v<V, Pack<double, 4>>) {
+    return V(_mm256_sqrt_pd(__m256d(v)));
+#if defined(__AVX512F__)
+  } else if constexpr (std::is_same_v<V, Pack<double, 8>>) {
+    return V(_mm512_sqrt_pd(__m512d(v)));
+#endif
+  } else {
+    static_assert(std::is_same_v<V, Pack<float, 8>>);
+    return V(_mm256_sqrt_ps(__m256(v)));
+  }
+}
+
+template <class T, class V>
+ZVP_INLINE Pack<T, laneCount<V>> convert(V v) {
+  using S = Element<V>;
+  constexpr int N = laneCount<V>;
+  using To = Pack<T, N>;
+  if constexpr (std::is_same_v<S, T>) {
+    return v;
+  } else if constexpr (std::is_same_v<S, double> && std::is_same_v<T, int32_t>) {
+    if constexpr (N == 1) {
+      return _mm_cvtsd_si32(_mm_set_sd(v));
+    } else if constexpr (N == 4) {
+      return To(_mm256_cvtpd_epi32(__m256d(v)));
+    } else {
+      static_assert(N == 8);
+#if defined(__AVX512F__)
+      return To(_mm512_cvtpd_epi32(__m512d(v)));
+#endif
+    }
+  } else if constexpr (N == 1) {
+    return static_cast<T>(v);
+  } else if constexpr (sizeof(S) == sizeof(T)) {
+    return __builtin_convertvector(v, To);
+  } else if constexpr (std::is_same_v<S, int32_t> && std::is_same_v<T, double> && N == 4) {
+    return To(_mm256_cvtepi32_pd(__m128i(v)));
+  } else if constexpr (std::is_same_v<S, float> && std::is_same_v<T, double> && N == 4) {
+    return To(_mm256_cvtps_pd(__m128(v)));
+  } else if constexpr (std::is_same_v<S, double> && std::is_same_v<T, float> && N == 4) {
+    return To(_mm256_cvtpd_ps(__m256d(v)));
+  } else if constexpr (std::is_same_v<S, int32_t> && std::is_same_v<T, int64_t> && N == 4) {
+#if defined(__AVX2__)
+    return To(_mm256_cvtepi32_epi64(__m128i(v)));
+#else
+    const __m128i low = _mm_cvtepi32_epi64(__m128i(v)),
+                  high = _mm_cvtepi32_epi64(_mm_unpackhi_epi64(__m128i(v), __m128i(v)));
+    return To(_mm256_set_m128i(high, low));
+#endif
+#if defined(__AVX512F__)
+  } else if constexpr (std::is_same_v<S, int32_t> && std::is_same_v<T, double> && N == 8) {
+    return To(_mm512_cvtepi32_pd(__m256i(v)));
+  } else if constexpr (std::is_same_v<S, float> && std::is_same_v<T, double> && N == 8) {
+    return To(_mm512_cvtps_pd(__m256(v)));
+  } else if constexpr (std::is_same_v<S, double> && std::is_same_v<T, float> && N == 8) {
+    return To(_mm512_cvtpd_ps(__m512d(v)));
+  } else if constexpr (std::is_same_v<S, int32_t> && std::is_same_v<T, int64_t> && N == 8) {
+    return To(_mm512_cvtepi32_epi64(__m256i(v)));
+#endif
+  } else {
+    static_assert(N < 0, "no such conversion in this build");
+  }
+}
+
+template <class T, int N, class S>
+ZVP_INLINE Pack<T, N> loadAs(const S* p) {
+  if constexpr (std::is_same_v<S, T> || N == 1 || sizeof(S) > 1) {
+    return convert<T>(load<Pack<S, N>>(p));
+  } else {
+    static_assert(std::is_same_v<S, uint8_t> && std::is_same_v<T, int32_t>);
+    if constexpr (N == 4) {
+      return Pack<T, N>(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(load<int32_t>(p))));
+#if defined(__AVX2__)
+    } else if constexpr (N == 8) {
+      return Pack<T, N>(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+#endif
+#if defined(__AVX512F__)
+    } else if constexpr (N == 16) {
+      return Pack<T, N>(_mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
+#endif
+    } else {
+      static_assert(N < 0, "no such load in this build");
+    }
+  }
+}
+
+// Every 64-bit lane: the product of the low 32 bits of both, taken as signed.
+template <class V>
+ZVP_INLINE V mulSigned32(V a, V b) {
+  static_assert(std::is_same_v<Element<V>, int64_t>);
+  if constexpr (laneCount<V> == 1) {
+    return int64_t{static_cast<int32_t>(a)} * static_cast<int32_t>(b);
+#if defined(__AVX512F__)
+  } else if constexpr (laneCount<V> == 8) {
+    return V(_mm512_mul_epi32(__m512i(a), __m512i(b)));
+#endif
+  } else {
+    static_assert(laneCount<V> == 4);
+#if defined(__AVX2__)
+    return V(_mm256_mul_epi32(__m256i(a), __m256i(b)));
+#else
+    const __m256i x = __m256i(a), y = __m256i(b);
+    return V(_mm256_set_m128i(_mm_mul_epi32(_mm256_extractf128_si256(x, 1), _mm256_extractf128_si256(y, 1)),
+                              _mm_mul_epi32(_mm256_castsi256_si128(x), _mm256_castsi256_si128(y))));
+#endif
+  }
+}
+
+// Sums wrap modulo 2^32.
+template <class V>
+ZVP_INLINE V prefixSum(V v) {
+  static_assert(sizeof(Element<V>) == 4);
+  if constexpr (laneCount<V> == 4) {
+    __m128i s = __m128i(v);
+    s = _mm_add_epi32(s, _mm_slli_si128(s, 4));
+    return V(_mm_add_epi32(s, _mm_slli_si128(s, 8)));
+#if defined(__AVX2__)
+  } else if constexpr (laneCount<V> == 8) {
+    __m256i s = __m256i(v);
+    s = _mm256_add_epi32(s, _mm256_slli_si256(s, 4));
+    s = _mm256_add_epi32(s, _mm256_slli_si256(s, 8));
+    const __m256i lowHalf = _mm256_permute2x128_si256(s, s, 0x08);  // zero, then the low half
+    return V(_mm256_add_epi32(s, _mm256_shuffle_epi32(lowHalf, 0xff)));
+#endif
+#if defined(__AVX512F__)
+  } else if constexpr (laneCount<V> == 16) {
+    const __m512i zero = _mm512_setzero_si512();
+    __m512i s = __m512i(v);
+    s = _mm512_add_epi32(s, _mm512_alignr_epi32(s, zero, 15));
+    s = _mm512_add_epi32(s, _mm512_alignr_epi32(s, zero, 14));
+    s = _mm512_add_epi32(s, _mm512_alignr_epi32(s, zero, 12));
+    return V(_mm512_add_epi32(s, _mm512_alignr_epi32(s, zero, 8)));
+#endif
+  } else {
+    static_assert(laneCount<V> == 1);
+    return v;
+  }
+}
+
+template <class V>
+ZVP_INLINE V broadcastLast(V v) {
+  static_assert(sizeof(Element<V>) == 4);
+  if constexpr (laneCount<V> == 4) {
+    return V(_mm_shuffle_epi32(__m128i(v), 0xff));
+#if defined(__AVX2__)
+  } else if constexpr (laneCount<V> == 8) {
+    return V(_mm256_permutevar8x32_epi32(__m256i(v), _mm256_set1_epi32(7)));
+#endif
+#if defined(__AVX512F__)
+  } else if constexpr (laneCount<V> == 16) {
+    return V(_mm512_permutexvar_epi32(_mm512_set1_epi32(15), __m512i(v)));
+#endif
+  } else {
+    static_assert(laneCount<V> == 1);
+    return v;
+  }
+}
+
+// 16 bytes to an address that is a multiple of 16, past the caches. A fence orders them before later stores.
+ZVP_INLINE void storeStream(void* p, Pack<uint8_t, 16> v) { _mm_stream_si128(static_cast<__m128i*>(p), __m128i(v)); }
+ZVP_INLINE void fence() { _mm_sfence(); }
+
+}  // namespace zvp::simd
