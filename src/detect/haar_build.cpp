@@ -142,28 +142,28 @@ using zvp::Orientation, zvp::Stage;
 Status zvpiHaarClassifierInitAlloc_32f(HaarClassifier** pState, const Rect* pFeature, const float* pWeight,
                                        const float* pThreshold, const float* pVal1, const float* pVal2, const int* pNum,
                                        int length) {
-  const Stage stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
+  const Stage<float> stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
   return zvp::build(pState, stage, Orientation::kUpright);
 }
 
 Status zvpiHaarClassifierInitAlloc_32s(HaarClassifier** pState, const Rect* pFeature, const int32_t* pWeight,
                                        const int32_t* pThreshold, const int32_t* pVal1, const int32_t* pVal2,
                                        const int* pNum, int length) {
-  const Stage stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
+  const Stage<int32_t> stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
   return zvp::build(pState, stage, Orientation::kUpright);
 }
 
 Status zvpiTiltedHaarClassifierInitAlloc_32f(HaarClassifier** pState, const Rect* pFeature, const float* pWeight,
                                              const float* pThreshold, const float* pVal1, const float* pVal2,
                                              const int* pNum, int length) {
-  const Stage stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
+  const Stage<float> stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
   return zvp::build(pState, stage, Orientation::kTilted);
 }
 
 Status zvpiTiltedHaarClassifierInitAlloc_32s(HaarClassifier** pState, const Rect* pFeature, const int32_t* pWeight,
                                              const int32_t* pThreshold, const int32_t* pVal1, const int32_t* pVal2,
                                              const int* pNum, int length) {
-  const Stage stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
+  const Stage<int32_t> stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
   return zvp::build(pState, stage, Orientation::kTilted);
 }
 
