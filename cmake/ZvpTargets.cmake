@@ -14,7 +14,7 @@ endif()
 # traps) no result depends on.
 set(ZVP_CODE_FLAGS -ffp-contract=off -fno-math-errno -fno-trapping-math)
 if(ZVP_IS_32_BIT)
-  list(APPEND ZVP_CODE_FLAGS -mfpmath=sse -mstackrealign) # callers may keep the stack on 4 bytes only
+  list(APPEND ZVP_CODE_FLAGS -msse2 -mfpmath=sse -mstackrealign) # callers may keep the stack on 4 bytes only
 endif()
 
 set(ZVP_BASELINE_FLAGS -mavx)
