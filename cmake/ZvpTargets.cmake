@@ -7,7 +7,7 @@ endif()
 
 set(ZVP_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wno-psabi)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  list(APPEND ZVP_WARNINGS -Wno-maybe-uninitialized) # GCC 12 sees its own AVX-512 intrinsics as uninitialised
+  list(APPEND ZVP_WARNINGS -Wno-maybe-uninitialized -Wno-uninitialized) # GCC 12 sees its own AVX-512 intrinsics as uninitialised
 endif()
 
 # Results are defined to the last bit: no fused multiply-add, no reassociation. What is given up (errno, floating-point

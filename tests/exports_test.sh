@@ -1,0 +1,28 @@
+#!/bin/sh
+# The exported names are those of the sorted list, of the headers, and no others; the library needs the core library's
+# four functions and the C library only.
+# usage: exports_test.sh SOURCE_DIR LIBRARY_DIR
+set -eu
+export LC_ALL=C
+source_dir=$1 library_dir=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() { echo "exports: $1"; exit 1; }
+
+sort -c "$source_dir/src/exports.txt" || fail "src/exports.txt is not sorted"
+grep -ohE '\bzvp(i|cv)[A-Z][A-Za-z0-9_]*\(' "$source_dir"/include/zvpcv/*.h | tr -d '(' | sort -u > "$work/headers"
+diff "$source_dir/src/exports.txt" "$work/headers" || fail "the list (<) and the headers (>) differ"
+
+for library in $(find "$library_dir" -name 'libzvpcv.so' | sort); do
+  nm -D --defined-only "$library" | awk '$2 != "A" { sub(/@.*/, "", $3); print $3 }' | sort > "$work/symbols"
+  diff "$source_dir/src/exports.txt" "$work/symbols" || fail "the list (<) and $library (>) differ"
+  nm -D --undefined-only "$library" | awk '$1 == "U" { sub(/@.*/, "", $2); print $2 }' | grep '^zvp' > "$work/imports"
+  printf '%s\n' zvpFree zvpGetEnabledCpuFeatures zvpGetMaxCacheSizeB zvpMalloc | diff - "$work/imports" ||
+    fail "$library imports other functions of the core library"
+  if ! nm -D "$library" | grep -qE '__(asan|tsan|ubsan)_'; then
+    needed=$(readelf -d "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\].*/\1/p' | grep -vE '^lib(zvpcore|c|m)\.so\.[0-9]+$' || true)
+    [ -z "$needed" ] || fail "$library needs $needed"
+  fi
+done
+echo "exports: $(wc -l < "$source_dir/src/exports.txt") names"

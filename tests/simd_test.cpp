@@ -1,0 +1,119 @@
+// Each operation of the vector vocabulary against the same operation on single elements, at every width of this build.
+#include "simd/simd.h"
+
+#include <cmath>
+
+#include "support/image.h"
+
+namespace zvp::simd {
+namespace {
+
+using test::sameBits;
+using test::Values;
+
+template <class T, int N>
+struct Elements {
+  T v[N];
+
+  explicit Elements(unsigned seed) {
+    Values<T> values(seed);
+    for (T& e : v) e = values();
+  }
+  explicit Elements(Pack<T, N> pack) { store(v, pack); }
+  Pack<T, N> pack() const { return load<Pack<T, N>>(v); }
+};
+
+template <class T, int N, class S, class F>
+void expectConversion(F plain) {
+  for (unsigned seed = 0; seed < 200; ++seed) {
+    const Elements<S, N> from(seed);
+    const Elements<T, N> to(convert<T>(from.pack()));
+    for (int i = 0; i < N; ++i) ASSERT_TRUE(sameBits(to.v[i], plain(from.v[i]), true)) << from.v[i];
+  }
+}
+
+template <int N>
+void expectConversionsAt() {
+  expectConversion<float, N, int32_t>([](int32_t v) { return static_cast<float>(v); });
+  expectConversion<double, N, int32_t>([](int32_t v) { return static_cast<double>(v); });
+  expectConversion<double, N, float>([](float v) { return static_cast<double>(v); });
+  expectConversion<float, N, double>([](double v) { return static_cast<float>(v); });
+  expectConversion<int64_t, N, int32_t>([](int32_t v) { return int64_t{v}; });
+  const double halves[8] = {0.5, 1.5, 2.5, -0.5, -1.5, 2147483647.0, -2147483648.0, 3.49};
+  const int32_t even[8] = {0, 2, 2, 0, -2, INT32_MAX, INT32_MIN, 3};
+  const Elements<int32_t, N> rounded(convert<int32_t>(load<Pack<double, N>>(halves)));
+  for (int i = 0; i < N; ++i) EXPECT_EQ(rounded.v[i], even[i]);
+}
+
+TEST(Simd, Conversions) {
+  expectConversionsAt<1>();
+  expectConversionsAt<4>();
+  expectConversionsAt<lanes<double>>();
+}
+
+template <int N>
+void expectIntegersAt() {
+  for (unsigned seed = 0; seed < 200; ++seed) {
+    const Elements<uint8_t, N> bytes(seed);
+    const Elements<int32_t, N> widened(loadAs<int32_t, N>(bytes.v));
+    const Elements<int32_t, N> v(seed);
+    const Elements<int32_t, N> sums(prefixSum(v.pack())), last(broadcastLast(v.pack()));
+    uint32_t sum = 0;
+    for (int i = 0; i < N; ++i) {
+      sum += static_cast<uint32_t>(v.v[i]);
+      ASSERT_EQ(widened.v[i], bytes.v[i]);
+      ASSERT_EQ(sums.v[i], static_cast<int32_t>(sum));
+      ASSERT_EQ(last.v[i], v.v[N - 1]);
+    }
+  }
+}
+
+TEST(Simd, IntegerOperations) {
+  expectIntegersAt<1>();
+  expectIntegersAt<4>();
+  expectIntegersAt<lanes<int32_t>>();
+}
+
+template <int N>
+void expectProductsAt() {
+  for (unsigned seed = 0; seed < 200; ++seed) {
+    const Elements<int64_t, N> a(seed), b(seed + 1000);
+    const Elements<int64_t, N> products(mulSigned32(a.pack(), b.pack()));
+    for (int i = 0; i < N; ++i)
+      ASSERT_EQ(products.v[i], int64_t{static_cast<int32_t>(a.v[i])} * static_cast<int32_t>(b.v[i]));
+  }
+}
+
+TEST(Simd, SignedProducts) {
+  expectProductsAt<1>();
+  expectProductsAt<4>();
+  expectProductsAt<lanes<double>>();
+}
+
+template <class T, int N>
+void expectFloatsAt() {
+  for (unsigned seed = 0; seed < 200; ++seed) {
+    const Elements<T, N> v(seed);
+    const Elements<T, N> roots(squareRoot(v.pack())), constant(broadcast<T, N>(v.v[0]));
+    for (int i = 0; i < N; ++i) {
+      ASSERT_TRUE(sameBits(roots.v[i], std::sqrt(v.v[i]), true));
+      ASSERT_TRUE(sameBits(constant.v[i], v.v[0]));
+    }
+    if constexpr (std::is_same_v<T, float>) {
+      const Elements<T, N> magnitudes(absolute(v.pack()));
+      for (int i = 0; i < N; ++i) ASSERT_TRUE(sameBits(magnitudes.v[i], std::copysign(v.v[i], 1.0f)));
+    }
+  }
+}
+
+TEST(Simd, FloatOperations) {
+  expectFloatsAt<float, 1>();
+  expectFloatsAt<float, 4>();
+  expectFloatsAt<float, 8>();
+  expectFloatsAt<double, 1>();
+  expectFloatsAt<double, 4>();
+  expectFloatsAt<double, lanes<double>>();
+}
+
+}  // namespace
+}  // namespace zvp::simd
