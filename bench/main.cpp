@@ -1,0 +1,231 @@
+// zvpcv_bench: every exported image function beside a plain scalar loop and a plain copy.
+#include <benchmark/benchmark.h>
+#include <dlfcn.h>
+#include <getopt.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+#include <map>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "cases.h"
+
+namespace bench {
+namespace {
+
+constexpr RoiSize kSizes[] = {{128, 128}, {640, 480}, {1920, 1080}};
+
+struct Options {
+  std::regex filter{""};
+  int repetitions = 9;
+  double seconds = 0.02;  // of one repetition, at least
+};
+
+const char* const kHelp =
+    "zvpcv_bench [--filter=REGEX] [--quick] [--help]\n"
+    "Measures the image functions of zvpCV, each beside a plain scalar loop and a plain copy, on one thread.\n"
+    "  --filter=REGEX  only rows whose name and size match, as in --filter='AbsDiff.* 640x480'\n"
+    "  --quick         shorter and fewer repetitions\n"
+    "LD_LIBRARY_PATH chooses another build of the library; the first line of the output names the one in use.\n";
+
+// --- Measuring -------------------------------------------------------------------------------------------------------
+
+// Keeps the fastest repetition of each benchmark: what disturbs a run only ever makes it slower.
+class FastestTimes : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context&) override { return true; }
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type != Run::RT_Iteration) continue;
+      const auto [entry, isNew] = nanoseconds.try_emplace(run.run_name.function_name, run.GetAdjustedCPUTime());
+      if (!isNew) entry->second = std::min(entry->second, run.GetAdjustedCPUTime());
+    }
+  }
+
+  std::map<std::string, double> nanoseconds;
+};
+
+struct Times {  // ns per call; 0: not measured
+  double library = 0, plain = 0, copy = 0;
+};
+
+void add(const char* name, const std::function<void()>& run, const Options& options) {
+  const auto loop = [&run](benchmark::State& state) {
+    for (auto _ : state) {
+      run();
+      benchmark::ClobberMemory();
+    }
+  };
+  benchmark::RegisterBenchmark(name, loop)
+      ->Unit(benchmark::kNanosecond)
+      ->MinTime(options.seconds)
+      ->Repetitions(options.repetitions);
+}
+
+// Reads half of the bytes and writes the other half.
+std::function<void()> copyOf(std::size_t bytes) {
+  const int half = static_cast<int>(bytes / 2);
+  const auto src = randomImage<std::uint8_t>(half, 1, 3);
+  const Image<std::uint8_t> dst(half, 1);
+  return [=] { std::memcpy(dst.data(), src.data(), static_cast<std::size_t>(half)); };
+}
+
+// The repetitions of the three take turns, so that their ratios hold on a machine whose speed changes.
+Times measure(const Work& work, const Options& options) {
+  const auto copy = work.bytes > 0 ? copyOf(work.bytes) : nullptr;
+  add("library", work.library, options);
+  if (work.plain) add("plain", work.plain, options);
+  if (copy) add("copy", copy, options);
+  FastestTimes fastest;
+  benchmark::RunSpecifiedBenchmarks(&fastest, "all");
+  benchmark::ClearRegisteredBenchmarks();
+  return {fastest.nanoseconds["library"], fastest.nanoseconds["plain"], fastest.nanoseconds["copy"]};
+}
+
+// Measuring a wrong result would say nothing.
+bool agrees(const Work& work) {
+  if (!work.agree) return true;
+  work.library();
+  work.plain();
+  return work.agree();
+}
+
+// --- Rows and the table ----------------------------------------------------------------------------------------------
+
+struct Row {
+  const Case* what;
+  RoiSize size;  // empty: measured by the call
+  Times times;
+
+  std::string sizeText() const {
+    return size.width == 0 ? "a call" : std::to_string(size.width) + "x" + std::to_string(size.height);
+  }
+  std::string name() const { return what->name + " " + sizeText(); }
+};
+
+std::vector<Row> selectedRows(const std::vector<Case>& images, const std::vector<Case>& objects,
+                              const Options& options) {
+  std::vector<Row> rows;
+  for (const Case& c : images)
+    for (const RoiSize size : kSizes) rows.push_back({&c, size, {}});
+  for (const Case& c : objects) rows.push_back({&c, {0, 0}, {}});
+  std::erase_if(rows, [&](const Row& row) { return !std::regex_search(row.name(), options.filter); });
+  return rows;
+}
+
+void showProgress(std::size_t done, std::size_t all, const std::string& name) {
+  constexpr const char* kEraseLine = "\r\033[K";
+  if (!isatty(STDERR_FILENO)) return;
+  std::fprintf(stderr, "%s", kEraseLine);
+  if (done < all) std::fprintf(stderr, "[%zu/%zu] %s", done + 1, all, name.c_str());
+}
+
+// False where a result differs from the plain loop's.
+bool measureAll(std::vector<Row>& rows, const Options& options) {
+  bool allAgree = true;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    showProgress(i, rows.size(), rows[i].name());
+    const Work work = rows[i].what->make(rows[i].size);
+    if (!agrees(work)) {
+      std::fprintf(stderr, "%s: differs from the plain loop\n", rows[i].name().c_str());
+      allAgree = false;
+    }
+    rows[i].times = measure(work, options);
+  }
+  showProgress(rows.size(), rows.size(), "");
+  return allAgree;
+}
+
+std::string number(double value, const char* format) {
+  char text[32];
+  std::snprintf(text, sizeof text, format, value);
+  return value > 0 ? text : "-";
+}
+
+double ratio(double a, double b) { return b > 0 ? a / b : 0; }
+
+void printLine(const std::string (&cells)[7]) {
+  std::printf("%-47s %9s %9s %9s %9s %8s %8s\n", cells[0].c_str(), cells[1].c_str(), cells[2].c_str(), cells[3].c_str(),
+              cells[4].c_str(), cells[5].c_str(), cells[6].c_str());
+}
+
+void printTable(const std::vector<Row>& rows) {
+  printLine({"", "", "library", "plain", "copy", "plain/", "library/"});
+  printLine({"operation", "size", "ns/pixel", "ns/pixel", "ns/pixel", "library", "copy"});
+  for (const Row& row : rows) {
+    const double pixels = row.size.width == 0 ? 1 : double(row.size.width) * row.size.height;
+    const Times& t = row.times;
+    printLine({row.what->name, row.sizeText(), number(t.library / pixels, "%.4f"), number(t.plain / pixels, "%.4f"),
+               number(t.copy / pixels, "%.4f"), number(ratio(t.plain, t.library), "%.1f"),
+               number(ratio(t.library, t.copy), "%.2f")});
+  }
+}
+
+// --- The program -----------------------------------------------------------------------------------------------------
+
+// False where the program should end: help was asked for, or an option is wrong.
+bool parse(int argc, char** argv, Options& options, int& exitCode) {
+  const option known[] = {{"filter", required_argument, nullptr, 'f'},
+                          {"quick", no_argument, nullptr, 'q'},
+                          {"help", no_argument, nullptr, 'h'},
+                          {}};
+  for (int c; (c = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
+    if (c == 'f') {
+      options.filter = std::regex(optarg);
+    } else if (c == 'q') {
+      options.repetitions = 3;
+      options.seconds = 0.003;
+    } else {
+      exitCode = c == 'h' ? EXIT_SUCCESS : EXIT_FAILURE;
+      std::fputs(kHelp, c == 'h' ? stdout : stderr);
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string libraryPath() {
+  Dl_info info{};
+  dladdr(dlsym(RTLD_DEFAULT, "zvpcvGetLibVersion"), &info);
+  return info.dli_fname != nullptr ? info.dli_fname : "unknown";
+}
+
+void startBenchmarkLibrary(char* programName) {
+  char interleave[] = "--benchmark_enable_random_interleaving=true";
+  char* arguments[] = {programName, interleave, nullptr};
+  int count = 2;
+  benchmark::Initialize(&count, arguments);
+}
+
+std::vector<Case> imageCases() {
+  std::vector<Case> all;
+  for (const auto& cases : {arithmeticCases(), integralCases(), detectCases()})
+    all.insert(all.end(), cases.begin(), cases.end());
+  return all;
+}
+
+int run(int argc, char** argv) {
+  Options options;
+  int exitCode = EXIT_SUCCESS;
+  if (!parse(argc, argv, options, exitCode)) return exitCode;
+  startBenchmarkLibrary(argv[0]);
+  std::printf("library: %s\n", libraryPath().c_str());
+  std::fflush(stdout);
+  const std::vector<Case> images = imageCases(), objects = detectObjectCases();
+  std::vector<Row> rows = selectedRows(images, objects, options);
+  if (!measureAll(rows, options)) exitCode = EXIT_FAILURE;
+  printTable(rows);
+  return exitCode;
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int argc, char** argv) try { return bench::run(argc, argv); } catch (const std::regex_error& error) {
+  std::fprintf(stderr, "--filter: %s\n", error.what());
+  return EXIT_FAILURE;
+}
