@@ -20,6 +20,12 @@ struct PngImage {
   png_image image{};
 };
 
+// libpng stops reading at the last pixel; whether the file goes on to its end chunk it does not ask.
+bool hasEndChunk(const Bytes& bytes) {
+  constexpr uint8_t kEnd[] = {0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xae, 0x42, 0x60, 0x82};
+  return std::search(bytes.begin(), bytes.end(), std::begin(kEnd), std::end(kEnd)) != bytes.end();
+}
+
 [[noreturn]] void fail(const std::string& name, const char* what, const png_image& image) {
   throw Error(name + ": " + what + ": " + image.message);
 }
@@ -41,6 +47,7 @@ ColourImage decodePng(const Bytes& bytes, const std::string& name) {
   const png_color white{255, 255, 255};
   if (!png_image_finish_read(&png.image, &white, result.data(), result.step(), nullptr))
     fail(name, "malformed PNG", png.image);
+  if (!hasEndChunk(bytes)) throw Error(name + ": malformed PNG: the end is missing");
   return result;
 }
 

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Builds zvpCV on a fresh Debian 12 machine and finds the faces in a photograph: in a sample, or in your own.
+#
+#   demo.sh [PHOTO.png|PHOTO.jpg]
+#
+# Installs the Debian packages that are missing (with sudo where you are not root). The build goes to build/demo, the
+# sample photographs to build/photos, the result to out.
+set -euo pipefail
+scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+root=$(dirname "$scripts")
+source "$scripts/lib.sh"
+
+if [ $# -gt 1 ] || [[ "${1-}" == -* ]]; then
+  echo "Usage: demo.sh [PHOTO.png|PHOTO.jpg]" >&2
+  exit 2
+fi
+
+install_packages g++ cmake ninja-build libpng-dev libjpeg-dev nlohmann-json3-dev libcli11-dev
+
+say "Building into $root/build/demo"
+quietly cmake -S "$root" -B "$root/build/demo" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZVP_BUILD_EXAMPLES=ON \
+  -DZVP_BUILD_TESTS=OFF -DZVP_BUILD_BENCHMARKS=OFF
+quietly cmake --build "$root/build/demo"
+
+if [ $# -eq 1 ]; then
+  photo=$1
+else
+  "$scripts/fetch-photos.sh" "$root/build/photos"
+  photo=$root/build/photos/astronaut.png
+fi
+
+mkdir -p "$root/out"
+name=$(basename "$photo")
+result=$root/out/${name%.*}-faces.png
+say "Looking for faces in $photo"
+"$root/build/demo/bin/detect" "$photo" --output "$result"
+say "The picture with the boxes is $result"
