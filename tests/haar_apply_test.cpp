@@ -34,6 +34,11 @@ int32_t rectSum(const std::array<int32_t, 4>& c) {
                               static_cast<uint32_t>(c[3]));
 }
 
+float wrappingSum(float a, float b) { return a + b; }
+int64_t wrappingSum(int64_t a, int64_t b) {
+  return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
+}
+
 // floor(v x 2^-scaleFactor)
 int64_t floorScale(int64_t v, int scaleFactor) {
   if (scaleFactor <= -64) return 0;
@@ -82,7 +87,7 @@ struct Scene {
         std::array<E, 4> c;
         for (int n = 0; n < 4; ++n) c[n] = entry(mixed && tiltedObject, i, j, corners(stage.rects[r], tiltedObject)[n]);
         const Sum product = static_cast<Sum>(rectSum(c)) * static_cast<Sum>(stage.weights[r]);
-        t = t + product;
+        t = wrappingSum(t, product);
       }
       Sum limit = static_cast<Sum>(norm.get(i, j)) * static_cast<Sum>(stage.thresholds[k]);
       if constexpr (std::is_same_v<V, int32_t>) limit = floorScale(limit, scaleFactor);
