@@ -58,6 +58,29 @@ typedef struct RoiSize {
   int32_t height;
 } RoiSize;
 
+/* Where a filter takes the pixels outside the region of interest from: a mode in the low four bits, and flags that may
+ * be added to it for sides whose neighbours are readable memory and are read from there. A mode that mirrors or wraps
+ * past the other end of a row goes on until it is inside; a row of one pixel is repeated. */
+typedef int32_t BorderType;
+
+enum {
+  BorderConstant = 0,          /* a constant given by the caller, one value per channel */
+  BorderReplicate = 1,         /* the nearest edge pixel */
+  BorderWrap = 2,              /* periodic: x = -1 reads x = width - 1 */
+  BorderReflect = 3,           /* mirrored about the edge pixel: x = -1 reads x = 1 */
+  BorderReflectEdge = 4,       /* mirrored, the edge pixel repeated: x = -1 reads x = 0 */
+  BorderInMemory = 6,          /* all four sides are readable memory */
+  BorderTopInMemory = 0x10,    /* flag: the rows above are readable memory */
+  BorderBottomInMemory = 0x20, /* flag: the rows below */
+  BorderLeftInMemory = 0x40,   /* flag: the columns to the left, at negative offsets from the first pixel of a row */
+  BorderRightInMemory = 0x80   /* flag: the columns to the right */
+};
+
+/* Element type, where a query or a specification names one. */
+typedef int32_t DataType;
+
+enum { DataType8u = 1, DataType8s = 3, DataType16u = 5, DataType16s = 7, DataType32f = 13 };
+
 typedef struct Point {
   int32_t x;
   int32_t y;
