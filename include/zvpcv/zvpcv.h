@@ -4,6 +4,7 @@
 
 #include <zvpcv/arithmetic.h>
 #include <zvpcv/detect.h>
+#include <zvpcv/filter.h>
 #include <zvpcv/integral.h>
 #include <zvpcv/types.h>
 #include <zvpcv/version.h>

@@ -1,0 +1,109 @@
+// Which pixel stands in for one outside the region.
+#include "filter/border.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace zvp::test {
+namespace {
+
+// Written as a walk: one step of the rule at a time until inside.
+int64_t walked(int64_t x, int64_t extent, BorderType mode) {
+  while (x < 0 || x >= extent) {
+    switch (mode) {
+      case BorderReplicate:
+        return x < 0 ? 0 : extent - 1;
+      case BorderWrap:
+        x += x < 0 ? extent : -extent;
+        break;
+      case BorderReflect:
+        if (extent == 1) return 0;
+        x = x < 0 ? -x : 2 * (extent - 1) - x;
+        break;
+      case BorderReflectEdge:
+        x = x < 0 ? -1 - x : 2 * extent - 1 - x;
+        break;
+      default:
+        return kNoSource;
+    }
+  }
+  return x;
+}
+
+TEST(Border, EveryModeEqualsItsRuleStepByStep) {
+  for (const BorderType mode : {BorderConstant, BorderReplicate, BorderWrap, BorderReflect, BorderReflectEdge})
+    for (int64_t extent = 1; extent <= 7; ++extent)
+      for (int64_t x = -40; x <= 40; ++x)
+        ASSERT_EQ(modeCoordinate(x, extent, mode), walked(x, extent, mode)) << mode << ": " << x << " of " << extent;
+}
+
+TEST(Border, HandComputedCoordinates) {
+  EXPECT_EQ(modeCoordinate(-2, 4, BorderReplicate), 0);
+  EXPECT_EQ(modeCoordinate(5, 4, BorderReplicate), 3);
+  EXPECT_EQ(modeCoordinate(-1, 4, BorderWrap), 3);
+  EXPECT_EQ(modeCoordinate(4, 4, BorderWrap), 0);
+  EXPECT_EQ(modeCoordinate(-1, 4, BorderReflect), 1);
+  EXPECT_EQ(modeCoordinate(-2, 4, BorderReflect), 2);
+  EXPECT_EQ(modeCoordinate(4, 4, BorderReflect), 2);
+  EXPECT_EQ(modeCoordinate(-1, 4, BorderReflectEdge), 0);
+  EXPECT_EQ(modeCoordinate(-2, 4, BorderReflectEdge), 1);
+  EXPECT_EQ(modeCoordinate(4, 4, BorderReflectEdge), 3);
+  EXPECT_EQ(modeCoordinate(-3, 1, BorderReflect), 0);
+  EXPECT_EQ(modeCoordinate(-1, 4, BorderConstant), kNoSource);
+  EXPECT_EQ(modeCoordinate(INT64_C(-4000000001), 4, BorderWrap), 3);
+}
+
+TEST(Border, FlaggedSidesAreRead) {
+  const AxisBorder left = horizontalBorder(BorderReplicate | BorderLeftInMemory);
+  EXPECT_EQ(sourceCoordinate(-3, 4, left), -3);
+  EXPECT_EQ(sourceCoordinate(6, 4, left), 3);
+  const AxisBorder right = horizontalBorder(BorderReplicate | BorderRightInMemory | BorderTopInMemory);
+  EXPECT_EQ(sourceCoordinate(-3, 4, right), 0);
+  EXPECT_EQ(sourceCoordinate(6, 4, right), 6);
+  const AxisBorder top = verticalBorder(BorderReplicate | BorderTopInMemory | BorderLeftInMemory);
+  EXPECT_EQ(sourceCoordinate(-3, 4, top), -3);
+  EXPECT_EQ(sourceCoordinate(6, 4, top), 3);
+  const AxisBorder bottom = verticalBorder(BorderReplicate | BorderBottomInMemory);
+  EXPECT_EQ(sourceCoordinate(-3, 4, bottom), 0);
+  EXPECT_EQ(sourceCoordinate(6, 4, bottom), 6);
+  for (const AxisBorder all : {horizontalBorder(BorderInMemory), verticalBorder(BorderInMemory)}) {
+    EXPECT_EQ(sourceCoordinate(-3, 4, all), -3);
+    EXPECT_EQ(sourceCoordinate(6, 4, all), 6);
+  }
+}
+
+// Every stretch of a row of every border, also stretches that lie wholly outside.
+template <int channels>
+void expectRows(BorderType type) {
+  constexpr int64_t kWidth = 4, kMargin = 12;
+  std::vector<int> memory;
+  for (int i = 0; i < (kWidth + 2 * kMargin) * channels; ++i) memory.push_back(i + 1000);
+  const int* row = memory.data() + kMargin * channels;
+  const int constant[] = {1, 2, 3};
+  const AxisBorder border = horizontalBorder(type);
+  for (int64_t first = -kMargin; first < kWidth + kMargin; ++first) {
+    for (int64_t count = 0; count <= kWidth + kMargin - first; ++count) {
+      std::vector<int> got(static_cast<size_t>(count * channels) + 1, -7);
+      extendRow<channels>(row, kWidth, border, constant, first, count, got.data());
+      ASSERT_EQ(got.back(), -7);
+      for (int64_t i = 0; i < count * channels; ++i) {
+        const int64_t from = sourceCoordinate(first + i / channels, kWidth, border), c = i % channels;
+        ASSERT_EQ(got[static_cast<size_t>(i)], from == kNoSource ? constant[c] : row[from * channels + c])
+            << "border " << type << ", first " << first << ", element " << i;
+      }
+    }
+  }
+}
+
+TEST(Border, RowsReachPastTheirEnds) {
+  for (const BorderType mode : {BorderConstant, BorderReplicate, BorderWrap, BorderReflect, BorderReflectEdge})
+    for (const BorderType sides : {0, +BorderLeftInMemory, +BorderRightInMemory, 0xf0}) {
+      expectRows<1>(mode | sides);
+      expectRows<3>(mode | sides);
+    }
+  expectRows<1>(BorderInMemory);
+}
+
+}  // namespace
+}  // namespace zvp::test
