@@ -28,9 +28,8 @@ void expectAbsDiff(AbsDiff<T> function, int channels) {
   Values<T> values(1);
   for (const Placement placement : kPlacements) {
     for (int width = 1; width * channels <= kWidest; ++width) {
-      const int n = width * channels;
-      const Image<T> a(n, kHeight, 0, placement), b(n, kHeight, 3 * sizeof(T), placement),
-          dst(n, kHeight, sizeof(T), placement);
+      const int n = width * channels, gap = width % 2 * int{sizeof(T)};  // rows with and without gaps
+      const Image<T> a(n, kHeight, 0, placement), b(n, kHeight, 3 * gap, placement), dst(n, kHeight, gap, placement);
       a.fill(values);
       b.fill(values);
       const RoiSize roi{width, kHeight};
@@ -50,7 +49,8 @@ void expectAbsDiffC(AbsDiffC<T, Constant> function, Constant value, T clamped) {
   Values<T> values(2);
   for (const Placement placement : kPlacements) {
     for (int width = 1; width <= kWidest; ++width) {
-      const Image<T> src(width, kHeight, sizeof(T), placement), dst(width, kHeight, 0, placement);
+      const int gap = width % 2 * int{sizeof(T)};
+      const Image<T> src(width, kHeight, gap, placement), dst(width, kHeight, 0, placement);
       src.fill(values);
       const RoiSize roi{width, kHeight};
       ASSERT_EQ(function(src.data(), src.step(), dst.data(), dst.step(), roi, value), StatusOk);

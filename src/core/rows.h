@@ -22,9 +22,15 @@ struct Rows {
 template <class T>
 Rows(T*, int) -> Rows<T>;
 
-// Calls kernel(row of each operand..., n) from the top row to the bottom; n elements a row.
+// Calls kernel(row of each operand..., n) from the top row to the bottom, for an operation on n elements a row each of
+// which stands alone. Rows without gaps between them are one long row.
 template <class Kernel, class... T>
 inline void forEachRow(int height, int n, Kernel kernel, Rows<T>... rows) {
+  const bool gapless = ((rows.step == int64_t{n} * int64_t{sizeof(T)}) && ...);
+  if (gapless && int64_t{n} * height <= INT32_MAX) {
+    n *= height;
+    height = 1;
+  }
   for (int y = 0; y < height; ++y) kernel(rows.row(y)..., n);
 }
 
