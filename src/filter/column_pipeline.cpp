@@ -45,7 +45,7 @@ struct ColumnCall {
     for (int y = 0; y < roi.height; ++y) {
       const Across<T, K> source(src + y);
       Out* out = dst.row(y);
-      for (ptrdiff_t x = 0; x < inner; ++x) simd::store(out + x, arithmetic.template inner<Out>(source, x));
+      innerOutputs(arithmetic, source, 0, inner, out);
       for (ptrdiff_t x = inner; x < width; ++x) simd::store(out + x, arithmetic.template end<Out>(source, x));
     }
     return StatusOk;
@@ -56,8 +56,8 @@ template <class Out>
 Status filterColumns(const ColumnCall<int16_t, Out>& call, const int16_t* taps, int divisor) {
   if (Status s = call.checkArguments(taps, divisor)) return s;
   return withKernelSize(call.kernelSize, [&]<int K>(std::integral_constant<int, K>) {
-    return withIntegerSums<K>(taps, call.kernelSize, divisor,
-                              [&](auto sums) { return call.template run<K>(sums, true); });
+    return withIntegerSums<int16_t, K>(taps, call.kernelSize, divisor,
+                                       [&](auto sums) { return call.template run<K>(sums, true); });
   });
 }
 

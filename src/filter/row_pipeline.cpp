@@ -52,9 +52,7 @@ struct RowCall {
     const int right = left < width - reach ? width - reach : left;
     filterEnds(arithmetic, row, out, 0, left);
     const Along<T> source{row - ptrdiff_t{kernel.anchor} * channels, channels};
-    const ptrdiff_t end = ptrdiff_t{right} * channels;
-    for (ptrdiff_t x = ptrdiff_t{left} * channels; x < end; ++x)
-      simd::store(out + x, arithmetic.template inner<Out>(source, x));
+    innerOutputs(arithmetic, source, ptrdiff_t{left} * channels, ptrdiff_t{right} * channels, out);
     filterEnds(arithmetic, row, out, right, width);
   }
 
@@ -73,7 +71,7 @@ template <int channels, class T>
 Status filterRows(const RowCall<channels, T, int16_t>& call, const int16_t* taps, int divisor) {
   if (Status s = call.checkArguments(taps, divisor)) return s;
   return withKernelSize(call.kernel.size, [&]<int K>(std::integral_constant<int, K>) {
-    return withIntegerSums<K>(taps, call.kernel.size, divisor, [&](auto sums) { return call.run(sums); });
+    return withIntegerSums<T, K>(taps, call.kernel.size, divisor, [&](auto sums) { return call.run(sums); });
   });
 }
 

@@ -3,14 +3,19 @@
 // Sources say where the pixels under tap i are: Along a row, or Across rows. An arithmetic has
 //   inner<Out>(source, x)   the output x whose kernel meets no end of a row
 //   end<Out>(source, x)     the output x of the ends: a row filter's outputs next to the border, a column filter's tail
+//   words<N>(source, x)     integer kernels: the inner outputs x .. x + N - 1, saturated to 16 bits
+//   floats<N>(source, x)    float kernels: the outputs x .. x + N - 1
 #pragma once
 
 #include <limits>
 #include <type_traits>
 
+#include "simd/fixed_point.h"
 #include "simd/simd.h"
 
 namespace zvp {
+
+using simd::Pack;
 
 template <class T>
 struct Along {
@@ -59,6 +64,14 @@ struct Taps<T, 0> {
   int count;
 };
 
+// Taps i and i + 1 as one number, for the instruction that adds two products; the last of an odd number stands alone.
+template <class Taps>
+ZVP_INLINE int32_t tapPair(const Taps& taps, int i) {
+  constexpr int kWordBits = 16;
+  const uint32_t second = i + 1 < taps.size() ? static_cast<uint32_t>(int32_t{taps[i + 1]}) << kWordBits : 0;
+  return static_cast<int32_t>(second | static_cast<uint16_t>(taps[i]));
+}
+
 template <class T>
 ZVP_INLINE int32_t product(int16_t tap, const T* pixel) {
   return tap * int32_t{simd::load<T>(pixel)};
@@ -89,10 +102,29 @@ struct ExactSums {
   float reciprocal;
 
   template <class Source>
-  float scaled(Source source, ptrdiff_t x) const {
+  ZVP_INLINE float scaled(Source source, ptrdiff_t x) const {
     int32_t sum = 0;
     for (int i = 0; i < taps.size(); ++i) sum += product(taps[i], source[i] + x);
     return static_cast<float>(sum) * reciprocal;
+  }
+  template <int N, class Source>
+  ZVP_INLINE simd::Halves<N> sums(Source source, ptrdiff_t x) const {
+    using simd::loadWords;
+    simd::Halves<N> sum{};
+    for (int i = 0; i < taps.size(); i += 2) {
+      const auto pixels = loadWords<N>(source[i] + x);
+      const auto next = i + 1 < taps.size() ? loadWords<N>(source[i + 1] + x) : Pack<int16_t, N>{};
+      const auto pair = simd::pairProducts<N>(pixels, next, simd::broadcast<int32_t, N / 2>(tapPair(taps, i)));
+      sum = {sum.low + pair.low, sum.high + pair.high};
+    }
+    return sum;
+  }
+  template <int N, class Source>
+  ZVP_INLINE Pack<int16_t, N> words(Source source, ptrdiff_t x) const {
+    const simd::Halves<N> sum = sums<N>(source, x);
+    if (reciprocal == 1.0f) return simd::narrow<N>(sum);
+    const auto scale = [this](auto half) { return simd::nearest(simd::convert<float>(half) * reciprocal); };
+    return simd::narrow<N>({scale(sum.low), scale(sum.high)});
   }
   template <class Out, class Source>
   Out inner(Source source, ptrdiff_t x) const {
@@ -101,6 +133,35 @@ struct ExactSums {
   template <class Out, class Source>
   Out end(Source source, ptrdiff_t x) const {
     return truncateTo<Out>(scaled(source, x));
+  }
+};
+
+// Exact sums that fit 16 bits, as those of bytes under small taps do, divided by a power of two.
+template <int K>
+struct ShortSums {
+  ExactSums<K> exact;
+  int shift;
+
+  template <int N, class Source>
+  ZVP_INLINE Pack<int16_t, N> words(Source source, ptrdiff_t x) const {
+    const auto term = [&](int i) {
+      return simd::loadWords<N>(source[i] + x) * simd::broadcast<int16_t, N>(exact.taps[i]);
+    };
+    Pack<int16_t, N> sum = term(0);
+    for (int i = 1; i < exact.taps.size(); ++i) sum = sum + term(i);
+    if (shift == 0) return sum;
+    // To nearest, ties to even: just less than a half is added, and the rest of it if the quotient is odd.
+    const auto odd = simd::shiftRight(sum, shift) & simd::broadcast<int16_t, N>(1);
+    const auto half = static_cast<int16_t>((1 << shift >> 1) - 1);
+    return simd::shiftRight(Pack<int16_t, N>(sum + odd + simd::broadcast<int16_t, N>(half)), shift);
+  }
+  template <class Out, class Source>
+  Out inner(Source source, ptrdiff_t x) const {
+    return exact.template inner<Out>(source, x);
+  }
+  template <class Out, class Source>
+  Out end(Source source, ptrdiff_t x) const {
+    return exact.template end<Out>(source, x);
   }
 };
 
@@ -124,6 +185,30 @@ struct SingleSums {
     float s = term(0);
     for (int i = 1; i < taps.size(); ++i) s = s + term(i);
     return s;
+  }
+  template <int N, class Source>
+  ZVP_INLINE Pack<float, N> floats(Source source, ptrdiff_t x) const {
+    const auto term = [&](int i) { return simd::load<Pack<float, N>>(source[i] + x) * tap(i); };
+    Pack<float, N> s = term(0);
+    for (int i = 1; i < taps.size(); ++i) s = s + term(i);
+    return s;
+  }
+  template <int N, class Source>
+  ZVP_INLINE Pack<int16_t, N> words(Source source, ptrdiff_t x) const {
+    using Half = Pack<float, N / 2>;
+    const auto add = [&](int i, Half& low, Half& high) {
+      const simd::Halves<N> pixels = simd::widen<N>(simd::loadWords<N>(source[i] + x));
+      low = low + simd::convert<float>(pixels.low) * tap(i);
+      high = high + simd::convert<float>(pixels.high) * tap(i);
+    };
+    // A sum that starts at -0 is the first product itself.
+    Half low = simd::broadcast<float, N / 2>(-0.0f), high = low;
+    for (int i = 0; i < taps.size(); ++i) add(i, low, high);
+    const auto clampedNearest = [](Half v) {
+      const Half lowest = simd::broadcast<float, N / 2>(INT16_MIN), highest = simd::broadcast<float, N / 2>(INT16_MAX);
+      return simd::nearest(simd::min(simd::max(v, lowest), highest));
+    };
+    return simd::narrow<N>({clampedNearest(low), clampedNearest(high)});
   }
   template <class Out, class Source>
   Out inner(Source source, ptrdiff_t x) const {
@@ -165,6 +250,19 @@ struct LowSums {
     const int32_t scaled = (wrapped * factor) >> kFractionBits;
     return static_cast<Out>(scaled > INT16_MAX ? INT16_MAX : scaled);
   }
+  template <int N, class Source>
+  ZVP_INLINE Pack<int16_t, N> words(Source source, ptrdiff_t x) const {
+    using Words = Pack<uint16_t, N>;
+    const auto term = [&](int i) {
+      return Words(simd::loadWords<N>(source[i] + x)) * Words(simd::broadcast<int16_t, N>(taps[i]));
+    };
+    Words s = term(0);
+    for (int i = 1; i < taps.size(); ++i) s = s + term(i);
+    const auto wrapped = Pack<int16_t, N>(s);
+    if (unscaled) return wrapped;
+    const simd::Halves<N> scaled = simd::products<N>(wrapped, simd::broadcast<int16_t, N>(factor));
+    return simd::narrow<N>({scaled.low >> kFractionBits, scaled.high >> kFractionBits});
+  }
   // The low 16 bits of the shifted product are those of the product modulo 2^32.
   template <class Out, class Source>
   Out end(Source source, ptrdiff_t x) const {
@@ -176,24 +274,35 @@ struct LowSums {
   bool unscaled;
 };
 
-// Whether the exact sums apply to a kernel.
-inline bool sumsAreExact(const int16_t* kernel, int kernelSize) {
-  constexpr int64_t kLimit = 65535;
+inline int64_t absoluteSum(const int16_t* kernel, int kernelSize) {
   int64_t sum = 0;
   for (int i = 0; i < kernelSize; ++i) {
     const int tap = simd::load<int16_t>(kernel + i);
     sum += tap < 0 ? -tap : tap;
   }
-  return sum < kLimit;
+  return sum;
 }
 
-// Calls body with the arithmetic of an integer kernel of K taps, or of any number for K = 0.
-template <int K, class Body>
+// Whether sums of bytes and what rounding adds to them fit 16 bits, and the divisor is a power of two.
+inline bool sumsAreShort(int64_t absoluteTaps, int divisor) {
+  const bool powerOfTwo = divisor > 0 && std::has_single_bit(static_cast<uint32_t>(divisor));
+  return powerOfTwo && absoluteTaps * UINT8_MAX + divisor / 2 <= INT16_MAX;
+}
+
+// Calls body with the arithmetic of an integer kernel of K taps, or of any number for K = 0, on pixels of type T.
+template <class T, int K, class Body>
 Status withIntegerSums(const int16_t* kernel, int kernelSize, int divisor, Body body) {
+  constexpr int64_t kExactBelow = 65535;
   const Taps<int16_t, K> taps(kernel, kernelSize);
   const float reciprocal = 1.0f / static_cast<float>(divisor);
-  return sumsAreExact(kernel, kernelSize) ? body(ExactSums<K>{taps, reciprocal})
-                                          : body(SingleSums<int16_t, K>{taps, reciprocal});
+  const int64_t absoluteTaps = absoluteSum(kernel, kernelSize);
+  if (absoluteTaps >= kExactBelow) return body(SingleSums<int16_t, K>{taps, reciprocal});
+  const ExactSums<K> exact{taps, reciprocal};
+  if constexpr (std::is_same_v<T, uint8_t>) {
+    if (sumsAreShort(absoluteTaps, divisor))
+      return body(ShortSums<K>{exact, std::countr_zero(static_cast<uint32_t>(divisor))});
+  }
+  return body(exact);
 }
 template <int K, class Body>
 Status withLowSums(const int16_t* kernel, int kernelSize, int divisor, Body body) {
@@ -202,6 +311,35 @@ Status withLowSums(const int16_t* kernel, int kernelSize, int divisor, Body body
 template <int K, class Body>
 Status withFloatSums(const float* kernel, int kernelSize, Body body) {
   return body(SingleSums<float, K>{Taps<float, K>(kernel, kernelSize), 1.0f});
+}
+
+// Inner outputs begin .. end - 1, in packs of N and then in smaller ones; the last pack overlaps the one before it.
+template <int N, class Arithmetic, class Source, class Out>
+ZVP_INLINE void innerOutputs(Arithmetic arithmetic, Source source, ptrdiff_t begin, ptrdiff_t end, Out* out) {
+  constexpr bool kFloats = std::is_same_v<Out, float>;
+  constexpr int kSmallest = kFloats ? 4 : 8;
+  const auto pack = [&](ptrdiff_t x) {
+    if constexpr (kFloats) {
+      simd::store(out + x, arithmetic.template floats<N>(source, x));
+    } else {
+      simd::store(out + x, simd::narrow<Out, N>(arithmetic.template words<N>(source, x)));
+    }
+  };
+  if (end - begin >= N) {
+    ptrdiff_t x = begin;
+    for (; x <= end - N; x += N) pack(x);
+    if (x < end) pack(end - N);
+  } else if constexpr (N > kSmallest) {
+    innerOutputs<N / 2>(arithmetic, source, begin, end, out);
+  } else {
+    for (ptrdiff_t x = begin; x < end; ++x) simd::store(out + x, arithmetic.template inner<Out>(source, x));
+  }
+}
+
+template <class Arithmetic, class Source, class Out>
+ZVP_INLINE void innerOutputs(Arithmetic arithmetic, Source source, ptrdiff_t begin, ptrdiff_t end, Out* out) {
+  constexpr int N = std::is_same_v<Out, float> ? simd::lanes<float> : simd::lanes<int16_t>;
+  innerOutputs<N>(arithmetic, source, begin, end, out);
 }
 
 // Calls body with the number of taps as a constant where that has a path of its own, else with 0.
