@@ -55,13 +55,16 @@ template <int N>
 void expectIntegersAt() {
   for (unsigned seed = 0; seed < 200; ++seed) {
     const Elements<uint8_t, N> bytes(seed);
-    const Elements<int32_t, N> widened(loadAs<int32_t, N>(bytes.v));
+    const Elements<int32_t, N> widened(loadAs<int32_t, N>(bytes.v)), byteSums(prefixSumOfBytes<N>(bytes.v));
     const Elements<int32_t, N> v(seed);
     const Elements<int32_t, N> sums(prefixSum(v.pack())), last(broadcastLast(v.pack()));
     uint32_t sum = 0;
+    int byteSum = 0;
     for (int i = 0; i < N; ++i) {
       sum += static_cast<uint32_t>(v.v[i]);
+      byteSum += bytes.v[i];
       ASSERT_EQ(widened.v[i], bytes.v[i]);
+      ASSERT_EQ(byteSums.v[i], byteSum);
       ASSERT_EQ(sums.v[i], static_cast<int32_t>(sum));
       ASSERT_EQ(last.v[i], v.v[N - 1]);
     }

@@ -8,6 +8,9 @@
 //   min, max, absolute, squareRoot, + - * & | ^ < > ?: as usual
 //   mulSigned32          64-bit products of the low signed halves
 //   prefixSum            element i becomes the sum of the elements 0..i
+//   prefixSumOfBytes     the same for the bytes at an address, which is faster than widening them first
+//   mulAddBytes, mulAddWords
+//                        products of adjacent elements, added in pairs
 //   broadcastLast        every element becomes the last one
 //   storeStream, fence   stores that pass the caches by
 //
@@ -246,6 +249,72 @@ ZVP_INLINE V prefixSum(V v) {
   } else {
     static_assert(laneCount<V> == 1);
     return v;
+  }
+}
+
+// Unsigned bytes of a times signed bytes of b, products of neighbours added; the sums must fit 16 bits.
+template <class V>
+ZVP_INLINE V mulAddBytes(V a, V b) {
+  if constexpr (sizeof(V) == 16) {
+    return V(_mm_maddubs_epi16(__m128i(a), __m128i(b)));
+#if defined(__AVX2__)
+  } else if constexpr (sizeof(V) == 32) {
+    return V(_mm256_maddubs_epi16(__m256i(a), __m256i(b)));
+#endif
+#if defined(__AVX512F__)
+  } else if constexpr (sizeof(V) == 64) {
+    return V(_mm512_maddubs_epi16(__m512i(a), __m512i(b)));
+#endif
+  } else {
+    static_assert(sizeof(V) == 0, "no such register in this build");
+  }
+}
+
+// Signed 16-bit elements, products of neighbours added to 32 bits.
+template <class V>
+ZVP_INLINE V mulAddWords(V a, V b) {
+  if constexpr (sizeof(V) == 16) {
+    return V(_mm_madd_epi16(__m128i(a), __m128i(b)));
+#if defined(__AVX2__)
+  } else if constexpr (sizeof(V) == 32) {
+    return V(_mm256_madd_epi16(__m256i(a), __m256i(b)));
+#endif
+#if defined(__AVX512F__)
+  } else if constexpr (sizeof(V) == 64) {
+    return V(_mm512_madd_epi16(__m512i(a), __m512i(b)));
+#endif
+  } else {
+    static_assert(sizeof(V) == 0, "no such register in this build");
+  }
+}
+
+// For each group of four among N bytes: the weights, 1 or 0, with which they enter each of the N sums.
+template <int N>
+struct PrefixWeights {
+  alignas(64) int8_t group[N / 4][4 * N] = {};
+
+  constexpr PrefixWeights() {
+    for (int g = 0; g < N / 4; ++g)
+      for (int i = 0; i < 4 * N; ++i) group[g][i] = 4 * g + i % 4 <= i / 4;
+  }
+};
+template <int N>
+inline constexpr PrefixWeights<N> kPrefixWeights;
+
+// Element i is the sum of the bytes p[0..i]. A group of four bytes, read into every 32-bit lane, takes no shuffle.
+template <int N>
+ZVP_INLINE Pack<int32_t, N> prefixSumOfBytes(const uint8_t* p) {
+  if constexpr (N == 1) {
+    return *p;
+  } else {
+    using Words = Pack<int16_t, 2 * N>;
+    Words sums{};
+    for (int g = 0; g < N / 4; ++g) {
+      const auto bytes = broadcast<int32_t, N>(load<int32_t>(p + 4 * g));
+      sums += Words(mulAddBytes(bytes, load<Pack<int32_t, N>>(kPrefixWeights<N>.group[g])));
+    }
+    const auto ones = broadcast<int16_t, 2 * N>(1);
+    return Pack<int32_t, N>(mulAddWords(sums, ones));
   }
 }
 

@@ -37,8 +37,8 @@ class Appender {
  public:
   ZVP_INLINE explicit Appender(Row& row) : row_(row), sum_(simd::broadcast<Sum, N>(row.sum)) {}
 
-  ZVP_INLINE void append(int x, Pack<int32_t, N> pixels) {
-    const auto prefix = simd::prefixSum(pixelTerm<Table>(pixels));
+  ZVP_INLINE void append(int x, const uint8_t* pixels) {
+    const auto prefix = prefixSum(pixels);
     const auto above = load<Pack<Wrapping<Entry>, N>>(row_.above + x);
     store(row_.out + x, Pack<Wrapping<Entry>, N>(toEntry(sum_ + toSum(prefix)) + above));
     sum_ += toSum(simd::broadcastLast(prefix));
@@ -53,6 +53,13 @@ class Appender {
   }
 
  private:
+  static ZVP_INLINE Pack<int32_t, N> prefixSum(const uint8_t* pixels) {
+    if constexpr (Table::squared) {
+      return simd::prefixSum(pixelTerm<Table>(simd::loadAs<int32_t, N>(pixels)));
+    } else {
+      return simd::prefixSumOfBytes<N>(pixels);
+    }
+  }
   static ZVP_INLINE Pack<Sum, N> toSum(Pack<int32_t, N> v) {
     if constexpr (std::is_same_v<Sum, double>) {
       return simd::convert<double>(v);
@@ -75,10 +82,7 @@ class Appender {
 template <int N, class... Tables>
 ZVP_INLINE int appendPixels(int x, int width, const uint8_t* src, TableRow<Tables>&... rows) {
   [&](auto... appenders) {
-    for (; x <= width - N; x += N) {
-      const auto pixels = simd::loadAs<int32_t, N>(src + x);
-      (appenders.append(x, pixels), ...);
-    }
+    for (; x <= width - N; x += N) (appenders.append(x, src + x), ...);
     (appenders.finish(), ...);
   }(Appender<Tables, N>(rows)...);
   return x;
