@@ -74,6 +74,17 @@ ZVP_INLINE void copyBorderPixel(const T* row, int64_t x, int64_t width, AxisBord
   memcpy(dst, from == kNoSource ? constant : row + from * channels, channels * sizeof(T));
 }
 
+// A call costs more than the few elements that a small kernel needs.
+template <class T>
+ZVP_INLINE void copyElements(const T* src, int64_t count, T* dst) {
+  constexpr int64_t kFew = 12;
+  if (count > kFew) {
+    memcpy(dst, src, static_cast<size_t>(count) * sizeof(T));
+    return;
+  }
+  for (int64_t i = 0; i < count; ++i) simd::store(dst + i, simd::load<T>(src + i));
+}
+
 // Pixels first .. first + count - 1 of a row that reaches past its ends; pixel 0 is the region's first.
 template <int channels, class T>
 void extendRow(const T* row, int64_t width, AxisBorder border, const T* constant, int64_t first, int64_t count,
@@ -84,9 +95,8 @@ void extendRow(const T* row, int64_t width, AxisBorder border, const T* constant
     copyBorderPixel<channels>(row, x, width, border, constant, dst);
   const int64_t readable = border.afterInMemory || end < width ? end : width;
   if (x < readable) {
-    const int64_t elements = (readable - x) * channels;
-    memcpy(dst, row + x * channels, static_cast<size_t>(elements) * sizeof(T));
-    dst += elements;
+    copyElements(row + x * channels, (readable - x) * channels, dst);
+    dst += (readable - x) * channels;
     x = readable;
   }
   for (; x < end; ++x, dst += channels) copyBorderPixel<channels>(row, x, width, border, constant, dst);

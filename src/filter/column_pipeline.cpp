@@ -39,14 +39,14 @@ struct ColumnCall {
   }
 
   template <int K, class Arithmetic>
-  Status run(Arithmetic arithmetic, bool tailIsAnEnd) const {
+  Status run(const Arithmetic& arithmetic, bool tailIsAnEnd) const {
     const ptrdiff_t width = ptrdiff_t{roi.width} * channels;
     const ptrdiff_t inner = tailIsAnEnd ? width / kBlock * kBlock : width;
     for (int y = 0; y < roi.height; ++y) {
       const Across<T, K> source(src + y);
       Out* out = dst.row(y);
       innerOutputs(arithmetic, source, 0, inner, out);
-      for (ptrdiff_t x = inner; x < width; ++x) simd::store(out + x, arithmetic.template end<Out>(source, x));
+      endOutputs(arithmetic, source, inner, width, out);
     }
     return StatusOk;
   }
@@ -57,14 +57,15 @@ Status filterColumns(const ColumnCall<int16_t, Out>& call, const int16_t* taps, 
   if (Status s = call.checkArguments(taps, divisor)) return s;
   return withKernelSize(call.kernelSize, [&]<int K>(std::integral_constant<int, K>) {
     return withIntegerSums<int16_t, K>(taps, call.kernelSize, divisor,
-                                       [&](auto sums) { return call.template run<K>(sums, true); });
+                                       [&](const auto& sums) { return call.template run<K>(sums, true); });
   });
 }
 
 Status filterColumnsLow(const ColumnCall<int16_t, int16_t>& call, const int16_t* taps, int divisor) {
   if (Status s = call.checkArguments(taps, divisor)) return s;
   return withKernelSize(call.kernelSize, [&]<int K>(std::integral_constant<int, K>) {
-    return withLowSums<K>(taps, call.kernelSize, divisor, [&](auto sums) { return call.template run<K>(sums, false); });
+    return withLowSums<K>(taps, call.kernelSize, divisor,
+                          [&](const auto& sums) { return call.template run<K>(sums, false); });
   });
 }
 
@@ -72,7 +73,7 @@ Status filterColumnsFloat(const ColumnCall<float, float>& call, const float* tap
   constexpr int kNoDivisor = 1;
   if (Status s = call.checkArguments(taps, kNoDivisor)) return s;
   return withKernelSize(call.kernelSize, [&]<int K>(std::integral_constant<int, K>) {
-    return withFloatSums<K>(taps, call.kernelSize, [&](auto sums) { return call.template run<K>(sums, false); });
+    return withFloatSums<K>(taps, call.kernelSize, [&](const auto& sums) { return call.template run<K>(sums, false); });
   });
 }
 

@@ -13,6 +13,13 @@ struct Kernel {
   int size, anchor;
 };
 
+// One copy of this code serves every number of channels.
+template <class Arithmetic, class Source, class Out>
+[[gnu::noinline]] void filterInner(const Arithmetic& arithmetic, Source source, ptrdiff_t begin, ptrdiff_t end,
+                                   Out* out) {
+  innerOutputs(arithmetic, source, begin, end, out);
+}
+
 // One call's image side: everything but the arithmetic.
 template <int channels, class T, class Out>
 struct RowCall {
@@ -35,7 +42,7 @@ struct RowCall {
   }
 
   template <class Arithmetic>
-  Status run(Arithmetic arithmetic) const {
+  Status run(const Arithmetic& arithmetic) const {
     for (int y = 0; y < roi.height; ++y) {
       if (dst[y] == nullptr) return ErrNullPtr;
       filterRow(arithmetic, src.row(y), dst[y]);
@@ -46,24 +53,24 @@ struct RowCall {
  private:
   // Outputs left of `left` and from `right` on meet the border.
   template <class Arithmetic>
-  void filterRow(Arithmetic arithmetic, const T* row, Out* out) const {
+  void filterRow(const Arithmetic& arithmetic, const T* row, Out* out) const {
     const int reach = kernel.size - 1 - kernel.anchor, width = roi.width;
     const int left = kernel.anchor < width ? kernel.anchor : width;
     const int right = left < width - reach ? width - reach : left;
     filterEnds(arithmetic, row, out, 0, left);
     const Along<T> source{row - ptrdiff_t{kernel.anchor} * channels, channels};
-    innerOutputs(arithmetic, source, ptrdiff_t{left} * channels, ptrdiff_t{right} * channels, out);
+    filterInner(arithmetic, source, ptrdiff_t{left} * channels, ptrdiff_t{right} * channels, out);
     filterEnds(arithmetic, row, out, right, width);
   }
 
   template <class Arithmetic>
-  void filterEnds(Arithmetic arithmetic, const T* row, Out* out, int begin, int end) const {
+  void filterEnds(const Arithmetic& arithmetic, const T* row, Out* out, int begin, int end) const {
     if (begin == end) return;
     const int64_t first = int64_t{begin} - kernel.anchor;
     extendRow<channels>(row, roi.width, horizontalBorder(borderType), borderValue, first,
                         int64_t{end} - begin + kernel.size - 1, line);
-    for (ptrdiff_t x = 0; x < ptrdiff_t{end - begin} * channels; ++x)
-      simd::store(out + ptrdiff_t{begin} * channels + x, arithmetic.template end<Out>(Along<T>{line, channels}, x));
+    endOutputs(arithmetic, Along<T>{line, channels}, 0, ptrdiff_t{end - begin} * channels,
+               out + ptrdiff_t{begin} * channels);
   }
 };
 
@@ -71,7 +78,7 @@ template <int channels, class T>
 Status filterRows(const RowCall<channels, T, int16_t>& call, const int16_t* taps, int divisor) {
   if (Status s = call.checkArguments(taps, divisor)) return s;
   return withKernelSize(call.kernel.size, [&]<int K>(std::integral_constant<int, K>) {
-    return withIntegerSums<T, K>(taps, call.kernel.size, divisor, [&](auto sums) { return call.run(sums); });
+    return withIntegerSums<T, K>(taps, call.kernel.size, divisor, [&](const auto& sums) { return call.run(sums); });
   });
 }
 
@@ -79,7 +86,7 @@ template <int channels>
 Status filterRowsLow(const RowCall<channels, int16_t, int16_t>& call, const int16_t* taps, int divisor) {
   if (Status s = call.checkArguments(taps, divisor)) return s;
   return withKernelSize(call.kernel.size, [&]<int K>(std::integral_constant<int, K>) {
-    return withLowSums<K>(taps, call.kernel.size, divisor, [&](auto sums) { return call.run(sums); });
+    return withLowSums<K>(taps, call.kernel.size, divisor, [&](const auto& sums) { return call.run(sums); });
   });
 }
 
@@ -88,7 +95,7 @@ Status filterRowsFloat(const RowCall<channels, float, float>& call, const float*
   constexpr int kNoDivisor = 1;
   if (Status s = call.checkArguments(taps, kNoDivisor)) return s;
   return withKernelSize(call.kernel.size, [&]<int K>(std::integral_constant<int, K>) {
-    return withFloatSums<K>(taps, call.kernel.size, [&](auto sums) { return call.run(sums); });
+    return withFloatSums<K>(taps, call.kernel.size, [&](const auto& sums) { return call.run(sums); });
   });
 }
 

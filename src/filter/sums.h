@@ -4,7 +4,8 @@
 //   inner<Out>(source, x)   the output x whose kernel meets no end of a row
 //   end<Out>(source, x)     the output x of the ends: a row filter's outputs next to the border, a column filter's tail
 //   words<N>(source, x)     integer kernels: the inner outputs x .. x + N - 1, saturated to 16 bits
-//   floats<N>(source, x)    float kernels: the outputs x .. x + N - 1
+//   storeFloats<N, packs>(source, x, out)
+//                           float kernels: stores the outputs x .. x + packs x N - 1
 #pragma once
 
 #include <limits>
@@ -43,13 +44,15 @@ struct Across<T, 0> {
   const T* const* rows;
 };
 
-// K taps as a value that stays in registers, or any number of them for K = 0.
+// K taps as a value that stays in registers, or any number of them for K = 0. A pair is the 16-bit taps i and i + 1 as
+// one number, for the instruction that adds two products.
 template <class T, int K>
 struct Taps {
   Taps(const T* kernel, int) {
     for (int i = 0; i < K; ++i) values[i] = simd::load<T>(kernel + i);
   }
   ZVP_INLINE T operator[](ptrdiff_t i) const { return values[i]; }
+  ZVP_INLINE int32_t pair(ptrdiff_t i) const { return simd::load<int32_t>(values + i); }
   static constexpr int size() { return K; }
 
   T values[K];
@@ -58,19 +61,12 @@ template <class T>
 struct Taps<T, 0> {
   Taps(const T* kernel, int kernelSize) : values(kernel), count(kernelSize) {}
   ZVP_INLINE T operator[](ptrdiff_t i) const { return simd::load<T>(values + i); }
+  ZVP_INLINE int32_t pair(ptrdiff_t i) const { return simd::load<int32_t>(values + i); }
   int size() const { return count; }
 
   const T* values;
   int count;
 };
-
-// Taps i and i + 1 as one number, for the instruction that adds two products; the last of an odd number stands alone.
-template <class Taps>
-ZVP_INLINE int32_t tapPair(const Taps& taps, int i) {
-  constexpr int kWordBits = 16;
-  const uint32_t second = i + 1 < taps.size() ? static_cast<uint32_t>(int32_t{taps[i + 1]}) << kWordBits : 0;
-  return static_cast<int32_t>(second | static_cast<uint16_t>(taps[i]));
-}
 
 template <class T>
 ZVP_INLINE int32_t product(int16_t tap, const T* pixel) {
@@ -109,22 +105,29 @@ struct ExactSums {
   }
   template <int N, class Source>
   ZVP_INLINE simd::Halves<N> sums(Source source, ptrdiff_t x) const {
-    using simd::loadWords;
+    const int pairedTaps = taps.size() / 2 * 2;
     simd::Halves<N> sum{};
-    for (int i = 0; i < taps.size(); i += 2) {
-      const auto pixels = loadWords<N>(source[i] + x);
-      const auto next = i + 1 < taps.size() ? loadWords<N>(source[i + 1] + x) : Pack<int16_t, N>{};
-      const auto pair = simd::pairProducts<N>(pixels, next, simd::broadcast<int32_t, N / 2>(tapPair(taps, i)));
-      sum = {sum.low + pair.low, sum.high + pair.high};
-    }
+    for (int i = 0; i < pairedTaps; i += 2)
+      addPair<N>(sum, pixels<N>(source, x, i), pixels<N>(source, x, i + 1), taps.pair(i));
+    if (pairedTaps < taps.size())
+      addPair<N>(sum, pixels<N>(source, x, pairedTaps), Pack<int16_t, N>{}, static_cast<uint16_t>(taps[pairedTaps]));
     return sum;
+  }
+  template <int N, class Source>
+  static ZVP_INLINE Pack<int16_t, N> pixels(Source source, ptrdiff_t x, int i) {
+    return simd::loadWords<N>(source[i] + x);
+  }
+  template <int N>
+  static ZVP_INLINE void addPair(simd::Halves<N>& sum, Pack<int16_t, N> a, Pack<int16_t, N> b, int32_t tapPair) {
+    const simd::Halves<N> term = simd::pairProducts<N>(a, b, simd::broadcast<int32_t, N / 2>(tapPair));
+    sum = {sum.low + term.low, sum.high + term.high};
   }
   template <int N, class Source>
   ZVP_INLINE Pack<int16_t, N> words(Source source, ptrdiff_t x) const {
     const simd::Halves<N> sum = sums<N>(source, x);
     if (reciprocal == 1.0f) return simd::narrow<N>(sum);
-    const auto scale = [this](auto half) { return simd::nearest(simd::convert<float>(half) * reciprocal); };
-    return simd::narrow<N>({scale(sum.low), scale(sum.high)});
+    return simd::narrow<N>({simd::nearest(simd::convert<float>(sum.low) * reciprocal),
+                            simd::nearest(simd::convert<float>(sum.high) * reciprocal)});
   }
   template <class Out, class Source>
   Out inner(Source source, ptrdiff_t x) const {
@@ -143,12 +146,13 @@ struct ShortSums {
   int shift;
 
   template <int N, class Source>
+  ZVP_INLINE Pack<int16_t, N> term(Source source, ptrdiff_t x, int i) const {
+    return simd::loadWords<N>(source[i] + x) * simd::broadcast<int16_t, N>(exact.taps[i]);
+  }
+  template <int N, class Source>
   ZVP_INLINE Pack<int16_t, N> words(Source source, ptrdiff_t x) const {
-    const auto term = [&](int i) {
-      return simd::loadWords<N>(source[i] + x) * simd::broadcast<int16_t, N>(exact.taps[i]);
-    };
-    Pack<int16_t, N> sum = term(0);
-    for (int i = 1; i < exact.taps.size(); ++i) sum = sum + term(i);
+    Pack<int16_t, N> sum = term<N>(source, x, 0);
+    for (int i = 1; i < exact.taps.size(); ++i) sum = sum + term<N>(source, x, i);
     if (shift == 0) return sum;
     // To nearest, ties to even: just less than a half is added, and the rest of it if the quotient is odd.
     const auto odd = simd::shiftRight(sum, shift) & simd::broadcast<int16_t, N>(1);
@@ -179,36 +183,44 @@ struct SingleSums {
     }
   }
   template <class Source>
-  float sum(Source source, ptrdiff_t x) const {
+  ZVP_INLINE float term(Source source, ptrdiff_t x, int i) const {
     using T = std::remove_cvref_t<decltype(*source[0])>;
-    const auto term = [&](int i) { return tap(i) * static_cast<float>(simd::load<T>(source[i] + x)); };
-    float s = term(0);
-    for (int i = 1; i < taps.size(); ++i) s = s + term(i);
+    return tap(i) * static_cast<float>(simd::load<T>(source[i] + x));
+  }
+  template <class Source>
+  ZVP_INLINE float sum(Source source, ptrdiff_t x) const {
+    float s = term(source, x, 0);
+    for (int i = 1; i < taps.size(); ++i) s = s + term(source, x, i);
     return s;
   }
-  template <int N, class Source>
-  ZVP_INLINE Pack<float, N> floats(Source source, ptrdiff_t x) const {
-    const auto term = [&](int i) { return simd::load<Pack<float, N>>(source[i] + x) * tap(i); };
-    Pack<float, N> s = term(0);
-    for (int i = 1; i < taps.size(); ++i) s = s + term(i);
-    return s;
+  // Stores several packs, so that a loop over the taps serves all of them.
+  template <int N, int packs, class Source>
+  ZVP_INLINE void storeFloats(Source source, ptrdiff_t x, float* out) const {
+    Pack<float, N> sums[packs];
+    for (int p = 0; p < packs; ++p) sums[p] = simd::load<Pack<float, N>>(source[0] + x + p * N) * tap(0);
+    for (int i = 1; i < taps.size(); ++i) {
+      const float* pixels = source[i] + x;
+      for (int p = 0; p < packs; ++p) sums[p] = sums[p] + simd::load<Pack<float, N>>(pixels + p * N) * tap(i);
+    }
+    for (int p = 0; p < packs; ++p) simd::store(out + x + p * N, sums[p]);
   }
   template <int N, class Source>
   ZVP_INLINE Pack<int16_t, N> words(Source source, ptrdiff_t x) const {
     using Half = Pack<float, N / 2>;
-    const auto add = [&](int i, Half& low, Half& high) {
+    // A sum that starts at -0 is the first product itself.
+    Half low = simd::broadcast<float, N / 2>(-0.0f), high = low;
+    for (int i = 0; i < taps.size(); ++i) {
       const simd::Halves<N> pixels = simd::widen<N>(simd::loadWords<N>(source[i] + x));
       low = low + simd::convert<float>(pixels.low) * tap(i);
       high = high + simd::convert<float>(pixels.high) * tap(i);
-    };
-    // A sum that starts at -0 is the first product itself.
-    Half low = simd::broadcast<float, N / 2>(-0.0f), high = low;
-    for (int i = 0; i < taps.size(); ++i) add(i, low, high);
-    const auto clampedNearest = [](Half v) {
-      const Half lowest = simd::broadcast<float, N / 2>(INT16_MIN), highest = simd::broadcast<float, N / 2>(INT16_MAX);
-      return simd::nearest(simd::min(simd::max(v, lowest), highest));
-    };
+    }
     return simd::narrow<N>({clampedNearest(low), clampedNearest(high)});
+  }
+  template <class V>
+  static ZVP_INLINE auto clampedNearest(V v) {
+    constexpr int N = simd::laneCount<V>;
+    const V lowest = simd::broadcast<float, N>(INT16_MIN), highest = simd::broadcast<float, N>(INT16_MAX);
+    return simd::nearest(simd::min(simd::max(v, lowest), highest));
   }
   template <class Out, class Source>
   Out inner(Source source, ptrdiff_t x) const {
@@ -251,13 +263,14 @@ struct LowSums {
     return static_cast<Out>(scaled > INT16_MAX ? INT16_MAX : scaled);
   }
   template <int N, class Source>
-  ZVP_INLINE Pack<int16_t, N> words(Source source, ptrdiff_t x) const {
+  ZVP_INLINE Pack<uint16_t, N> term(Source source, ptrdiff_t x, int i) const {
     using Words = Pack<uint16_t, N>;
-    const auto term = [&](int i) {
-      return Words(simd::loadWords<N>(source[i] + x)) * Words(simd::broadcast<int16_t, N>(taps[i]));
-    };
-    Words s = term(0);
-    for (int i = 1; i < taps.size(); ++i) s = s + term(i);
+    return Words(simd::loadWords<N>(source[i] + x)) * Words(simd::broadcast<int16_t, N>(taps[i]));
+  }
+  template <int N, class Source>
+  ZVP_INLINE Pack<int16_t, N> words(Source source, ptrdiff_t x) const {
+    Pack<uint16_t, N> s = term<N>(source, x, 0);
+    for (int i = 1; i < taps.size(); ++i) s = s + term<N>(source, x, i);
     const auto wrapped = Pack<int16_t, N>(s);
     if (unscaled) return wrapped;
     const simd::Halves<N> scaled = simd::products<N>(wrapped, simd::broadcast<int16_t, N>(factor));
@@ -313,33 +326,45 @@ Status withFloatSums(const float* kernel, int kernelSize, Body body) {
   return body(SingleSums<float, K>{Taps<float, K>(kernel, kernelSize), 1.0f});
 }
 
-// Inner outputs begin .. end - 1, in packs of N and then in smaller ones; the last pack overlaps the one before it.
+// The inner outputs x .. x + packs x N - 1.
+template <int N, int packs, class Arithmetic, class Source, class Out>
+ZVP_INLINE void storeInner(const Arithmetic& arithmetic, const Source& source, ptrdiff_t x, Out* out) {
+  if constexpr (std::is_same_v<Out, float>) {
+    arithmetic.template storeFloats<N, packs>(source, x, out);
+  } else {
+    static_assert(packs == 1);
+    simd::store(out + x, simd::narrow<Out, N>(arithmetic.template words<N>(source, x)));
+  }
+}
+
+// Inner outputs begin .. end - 1, in packs of N or, if they are fewer, in smaller ones; the last pack overlaps the one
+// before it.
 template <int N, class Arithmetic, class Source, class Out>
-ZVP_INLINE void innerOutputs(Arithmetic arithmetic, Source source, ptrdiff_t begin, ptrdiff_t end, Out* out) {
+ZVP_INLINE void innerOutputsBy(Arithmetic arithmetic, Source source, ptrdiff_t begin, ptrdiff_t end, Out* out) {
   constexpr bool kFloats = std::is_same_v<Out, float>;
-  constexpr int kSmallest = kFloats ? 4 : 8;
-  const auto pack = [&](ptrdiff_t x) {
-    if constexpr (kFloats) {
-      simd::store(out + x, arithmetic.template floats<N>(source, x));
-    } else {
-      simd::store(out + x, simd::narrow<Out, N>(arithmetic.template words<N>(source, x)));
-    }
-  };
+  constexpr int kSmallest = kFloats ? 4 : 8, kPacks = kFloats ? 4 : 1;
   if (end - begin >= N) {
     ptrdiff_t x = begin;
-    for (; x <= end - N; x += N) pack(x);
-    if (x < end) pack(end - N);
+    for (; x <= end - kPacks * N; x += kPacks * N) storeInner<N, kPacks>(arithmetic, source, x, out);
+    for (; x <= end - N; x += N) storeInner<N, 1>(arithmetic, source, x, out);
+    if (x < end) storeInner<N, 1>(arithmetic, source, end - N, out);
   } else if constexpr (N > kSmallest) {
-    innerOutputs<N / 2>(arithmetic, source, begin, end, out);
+    innerOutputsBy<kSmallest>(arithmetic, source, begin, end, out);
   } else {
     for (ptrdiff_t x = begin; x < end; ++x) simd::store(out + x, arithmetic.template inner<Out>(source, x));
   }
 }
 
 template <class Arithmetic, class Source, class Out>
-ZVP_INLINE void innerOutputs(Arithmetic arithmetic, Source source, ptrdiff_t begin, ptrdiff_t end, Out* out) {
+ZVP_INLINE void innerOutputs(const Arithmetic& arithmetic, Source source, ptrdiff_t begin, ptrdiff_t end, Out* out) {
   constexpr int N = std::is_same_v<Out, float> ? simd::lanes<float> : simd::lanes<int16_t>;
-  innerOutputs<N>(arithmetic, source, begin, end, out);
+  innerOutputsBy<N>(arithmetic, source, begin, end, out);
+}
+
+template <class Arithmetic, class Source, class Out>
+[[gnu::noinline]] void endOutputs(const Arithmetic& arithmetic, Source source, ptrdiff_t begin, ptrdiff_t end,
+                                  Out* out) {
+  for (ptrdiff_t x = begin; x < end; ++x) simd::store(out + x, arithmetic.template end<Out>(source, x));
 }
 
 // Calls body with the number of taps as a constant where that has a path of its own, else with 0.

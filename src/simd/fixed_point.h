@@ -99,7 +99,7 @@ ZVP_INLINE Pack<Out, N> narrow(Pack<int16_t, N> v) {
     return v;
   } else if constexpr (N == 8) {
     const __m128i x = __m128i(v), bytes = std::is_signed_v<Out> ? _mm_packs_epi16(x, x) : _mm_packus_epi16(x, x);
-    return std::bit_cast<To>(_mm_cvtsi128_si64(bytes));
+    return std::bit_cast<To>(int64_t{Pack<int64_t, 2>(bytes)[0]});
 #if defined(__AVX512BW__)
   } else if constexpr (std::is_signed_v<Out> && N == 16) {
     return To(_mm256_cvtsepi16_epi8(__m256i(v)));
