@@ -227,14 +227,14 @@ Work getSize() {
 
 template <class V>
 void addObjectCases(std::vector<Case>& cases, const std::string& suffix) {
-  const Functions<V>& f = functions<V>;
-  cases.push_back(
-      {"zvpiHaarClassifierInitAlloc" + suffix + " + Free", [&f](RoiSize) { return initAllocAndFree<V>(f.initAlloc); }});
-  cases.push_back({"zvpiTiltedHaarClassifierInitAlloc" + suffix + " + Free",
-                   [&f](RoiSize) { return initAllocAndFree<V>(f.initAllocTilted); }});
-  cases.push_back(
-      {"InitAlloc + zvpiTiltHaarFeatures" + suffix + " + Free", [](RoiSize) { return initAllocTiltAndFree<V>(); }});
-  cases.push_back({"zvpiGetHaarClassifierSize" + suffix, [](RoiSize) { return getSize<V>(); }});
+  const auto add = [&](const std::string& name, Work (*make)()) {
+    cases.push_back({name, [make](RoiSize) { return make(); }});
+  };
+  add("zvpiHaarClassifierInitAlloc" + suffix + " + Free", [] { return initAllocAndFree<V>(functions<V>.initAlloc); });
+  add("zvpiTiltedHaarClassifierInitAlloc" + suffix + " + Free",
+      [] { return initAllocAndFree<V>(functions<V>.initAllocTilted); });
+  add("InitAlloc + zvpiTiltHaarFeatures" + suffix + " + Free", initAllocTiltAndFree<V>);
+  add("zvpiGetHaarClassifierSize" + suffix, getSize<V>);
 }
 
 }  // namespace

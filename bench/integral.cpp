@@ -64,7 +64,8 @@ constexpr Rect kUprightRect{1, 1, 18, 18}, kTiltedRect{0, 1, 9, 9};
 template <int margin, class S, class Q, class T, class... ScaleFactor>
 Work stdDev(Status (*function)(const S*, int, const Q*, int, T*, int, RoiSize, Rect, ScaleFactor...), RoiSize size) {
   const RoiSize frame{size.width + kWindow, size.height + kWindow};
-  const auto sums = tableOf<S>(frame, margin), squares = tableOf<Q>(frame, margin);
+  const auto sums = tableOf<S>(frame, margin);
+  const auto squares = tableOf<Q>(frame, margin);
   const Image<T> dst(size.width, size.height), expected(size.width, size.height);
   const bool upright = margin == kUpright;
   (upright ? plain::sqrIntegral<S, Q> : plain::tiltedSqrIntegral<S, Q>)(randomPixels(frame), sums, squares);

@@ -14,19 +14,21 @@ inline std::uint16_t absoluteDifference(std::uint16_t a, std::uint16_t b) { retu
 
 template <class T>
 void absDiff(const Image<T>& a, const Image<T>& b, const Image<T>& dst) {
+  const int width = dst.width;  // the compiler cannot know that no pixel lies over it
   for (int y = 0; y < dst.height; ++y) {
     const T *rowA = a.row(y), *rowB = b.row(y);
     T* out = dst.row(y);
-    for (int x = 0; x < dst.width; ++x) out[x] = absoluteDifference(rowA[x], rowB[x]);
+    for (int x = 0; x < width; ++x) out[x] = absoluteDifference(rowA[x], rowB[x]);
   }
 }
 
 template <class T>
 void absDiffC(const Image<T>& src, const Image<T>& dst, T value) {
+  const int width = dst.width;  // the compiler cannot know that no pixel lies over it
   for (int y = 0; y < dst.height; ++y) {
     const T* row = src.row(y);
     T* out = dst.row(y);
-    for (int x = 0; x < dst.width; ++x) out[x] = absoluteDifference(row[x], value);
+    for (int x = 0; x < width; ++x) out[x] = absoluteDifference(row[x], value);
   }
 }
 

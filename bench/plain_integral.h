@@ -29,13 +29,14 @@ void fillFirstRows(const Table<S>& table, int rows) {
 template <class S>
 void integral(const Image<std::uint8_t>& src, const Table<S>& sums) {
   fillFirstRows(sums, 1);
+  const int width = src.width;
   for (int y = 0; y < src.height; ++y) {
     const std::uint8_t* row = src.row(y);
     const S* above = sums.entries.row(y);
     S* out = sums.entries.row(y + 1);
     std::uint32_t sum = 0;
     out[0] = sums.start;
-    for (int x = 0; x < src.width; ++x) {
+    for (int x = 0; x < width; ++x) {
       sum += row[x];
       out[x + 1] = S(Wrapping<S>(std::int32_t(sum)) + Wrapping<S>(above[x + 1]));
     }
@@ -46,6 +47,7 @@ template <class S, class Q>
 void sqrIntegral(const Image<std::uint8_t>& src, const Table<S>& sums, const Table<Q>& squares) {
   fillFirstRows(sums, 1);
   fillFirstRows(squares, 1);
+  const int width = src.width;
   for (int y = 0; y < src.height; ++y) {
     const std::uint8_t* row = src.row(y);
     const S* above = sums.entries.row(y);
@@ -56,7 +58,7 @@ void sqrIntegral(const Image<std::uint8_t>& src, const Table<S>& sums, const Tab
     Wrapping<Q> sumSqr = 0;
     out[0] = sums.start;
     outSqr[0] = squares.start;
-    for (int x = 0; x < src.width; ++x) {
+    for (int x = 0; x < width; ++x) {
       sum += row[x];
       sumSqr += square(row[x]);
       out[x + 1] = S(Wrapping<S>(std::int32_t(sum)) + Wrapping<S>(above[x + 1]));
@@ -67,11 +69,12 @@ void sqrIntegral(const Image<std::uint8_t>& src, const Table<S>& sums, const Tab
 
 inline void floatIntegral(const Image<float>& src, const Image<float>& sums) {
   fillFirstRows(Table<float>{sums, 0}, 1);
+  const int width = src.width;
   for (int y = 0; y < src.height; ++y) {
     const float *row = src.row(y), *above = sums.row(y);
     float *out = sums.row(y + 1), sum = 0;
     out[0] = 0;
-    for (int x = 0; x < src.width; ++x) {
+    for (int x = 0; x < width; ++x) {
       sum += row[x];
       out[x + 1] = sum + above[x + 1];
     }
@@ -141,18 +144,34 @@ inline void storeDeviation(std::int32_t& out, double variance, double scale) {
   out = root < INT32_MAX ? std::int32_t(std::lrint(root)) : INT32_MAX;
 }
 
+// A table's rows at the four corners, from the output's first column on.
+template <class S>
+struct CornerRows {
+  CornerRows(const Image<S>& table, const Corners& c, int y)
+      : a(table.row(y + c.a.y) + c.a.x),
+        b(table.row(y + c.b.y) + c.b.x),
+        d(table.row(y + c.d.y) + c.d.x),
+        e(table.row(y + c.e.y) + c.e.x) {}
+
+  S bracket(int x) const {
+    using W = Wrapping<S>;
+    return S((W(a[x]) - W(b[x])) + (W(d[x]) - W(e[x])));
+  }
+
+  const S *a, *b, *d, *e;
+};
+
 template <class S, class Q, class T>
 void rectStdDev(const Image<S>& sums, const Image<Q>& squares, const Image<T>& dst, const Corners& c, int scaleFactor) {
   const double inverse = 1 / c.area, scale = std::ldexp(1, -scaleFactor);
+  const int width = dst.width;
   for (int y = 0; y < dst.height; ++y) {
-    const auto bracket = [&](const auto& table, int x) {
-      using E = std::remove_cvref_t<decltype(*table.data())>;
-      const auto at = [&](Point p) { return Wrapping<E>(table.row(y + p.y)[x + p.x]); };
-      return E((at(c.a) - at(c.b)) + (at(c.d) - at(c.e)));
-    };
-    for (int x = 0; x < dst.width; ++x) {
-      const double mean = bracket(sums, x) * inverse, meanSqr = bracket(squares, x) * inverse;
-      storeDeviation(dst.row(y)[x], meanSqr - mean * mean, scale);
+    const CornerRows<S> sumRows(sums, c, y);
+    const CornerRows<Q> squareRows(squares, c, y);
+    T* out = dst.row(y);
+    for (int x = 0; x < width; ++x) {
+      const double mean = sumRows.bracket(x) * inverse, meanSqr = squareRows.bracket(x) * inverse;
+      storeDeviation(out[x], meanSqr - mean * mean, scale);
     }
   }
 }

@@ -59,18 +59,17 @@ enum class Access { kRead, kWrite };
 
 class Operand {
  public:
-  // `row` elements are what a step must hold at least; a call whose spans would need too much memory is given a step
-  // that its check must refuse.
+  // `row` elements are what a step must hold at least. Spans that would need too much memory get a step that the call
+  // must refuse; behind any such step there is no memory.
   template <class T>
   static Operand make(Bytes& in, Access access, const Spans& spans, double row, T) {
     Operand o;
     o.access_ = access;
     const double rowBytes = row * double(sizeof(T));
     o.step = someStep(in, rowBytes, sizeof(T));
-    if (o.place(spans, sizeof(T)) > kMostBytes) {
-      o.step = static_cast<int>(std::min(rowBytes, kMostBytes)) - 1;
-      o.place({}, sizeof(T));
-    }
+    if (o.place(spans, sizeof(T)) > kMostBytes) o.step = static_cast<int>(std::min(rowBytes, kMostBytes)) - 1;
+    const bool refused = o.step < rowBytes || o.step % int{sizeof(T)} != 0;
+    if (refused) o.place({}, sizeof(T));
     const std::size_t misaligned = oneIn(4, in) ? in.ConsumeIntegralInRange<std::size_t>(1, 7) : 0;
     o.lead_ += misaligned;
     o.size_ += misaligned;
