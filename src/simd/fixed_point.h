@@ -83,7 +83,8 @@ ZVP_INLINE Halves<N> widen(Pack<int16_t, N> v) {
 template <int N>
 ZVP_INLINE Halves<N> products(Pack<int16_t, N> a, Pack<int16_t, N> b) {
   using Half = Pack<int32_t, N / 2>;
-  const Register<N> low = Register<N>(a * b), high = highProduct(Register<N>(a), Register<N>(b));
+  using Wrapping = Pack<uint16_t, N>;
+  const Register<N> low = Register<N>(Wrapping(a) * Wrapping(b)), high = highProduct(Register<N>(a), Register<N>(b));
   return {Half(interleaveLow(low, high)), Half(interleaveHigh(low, high))};
 }
 
