@@ -6,6 +6,7 @@
 #include <zvpcv/detect.h>
 #include <zvpcv/filter.h>
 #include <zvpcv/integral.h>
+#include <zvpcv/morphology.h>
 #include <zvpcv/types.h>
 #include <zvpcv/version.h>
 

@@ -1,0 +1,286 @@
+/* Morphology with a binary structuring element: erosion, dilation, and what is built from them.
+ *
+ * Structuring element (mask): maskSize.width x maskSize.height bytes, row by row without gaps; a byte that is not zero
+ * makes its position a member. It is copied at initialisation. Output pixel (x, y) of an erosion (dilation) is the
+ * minimum (maximum), channel by channel, of the source pixels (x + i - anchorX, y + j - anchorY) over all members
+ * (i, j). A mask without members copies the source. The result of pixels that compare equal, the two zeros of 32f, is
+ * the one of the last member in row-major order. 32f: NaN among the pixels under the mask makes the result any of
+ * them.
+ *
+ * The algorithm is that of running extrema: windows double their length, and windows that share rows share their
+ * extremum (M. van Herk, A fast algorithm for local minimum and maximum filters on rectangular and octagonal kernels,
+ * 1992; J. Gil, M. Werman, Computing 2-D min, median, and max filters, 1993). Its cost grows with the number of
+ * distinct runs in the rows of the mask and with the logarithm of their lengths.
+ *
+ * Elements: 1u one bit per pixel, the most significant bit of a byte leftmost, steps in bytes; 8u; 16u; 16s; 32f.
+ *
+ * Pixels outside the region, by the low four bits of borderType:
+ *   BorderReplicate  the nearest pixel of the region, except on sides whose flag (BorderTopInMemory ...) is set: there
+ *                    memory is read
+ *   BorderInMemory   memory on all sides; flags change nothing
+ * Rows and columns resolve apart from each other: with only the top in memory, pixel (-1, -1) is column 0 of row -1.
+ * On a side in memory, anchorX columns to the left, maskWidth - anchorX - 1 to the right, anchorY rows above and
+ * maskHeight - anchorY - 1 below are read. Bits above 0xFF are ignored.
+ *
+ * Source and destination may be the same pointer with equal steps, but for 1u; any other overlap is not allowed.
+ *
+ * Objects and work buffers lie in the caller's memory, at any address (specifications for 16u and 16s at multiples of
+ * 4). Filters read the specification and write the destination and the work buffer only. On 64-bit builds an object
+ * may be copied byte by byte; on 32-bit builds it holds addresses and must stay where it was initialised. */
+#ifndef ZVPCV_MORPHOLOGY_H
+#define ZVPCV_MORPHOLOGY_H
+
+#include <zvpcv/types.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* A structuring element prepared for regions up to a width. Eighteen 32-bit words: the places of the mask copy, the
+ * selectors for dilation and for erosion, the decomposition tables and their record (0: none); maskWidth, maskHeight,
+ * anchorX, anchorY, maskWidth - anchorX - 1, maskHeight - anchorY - 1; the length of a row with borders, the bytes of
+ * rows with borders; DataType code, channels, the largest width; -1; the mode of the mask (0 general, 1 rectangle, 2 a
+ * run in every row, 3 empty; other elements than 16u and 16s keep 0 or 3 only). Places are addresses on 32-bit builds
+ * and offsets from the object's start on 64-bit builds. */
+typedef struct MorphBorderSpec MorphBorderSpec;
+
+/* The same with the caller's anchor and with work memory of its own: one call at a time. */
+typedef struct MorphState MorphState;
+
+/* Sizes, with A = maskSize.width x maskSize.height rounded up to 16, H = maskSize.height and W = roiWidth.
+ *
+ * roiWidth     width of the widest region, >= 1
+ * maskSize     >= 1 x 1
+ * pSpecSize    written: bytes of the specification: 1u 3 A + 80; 16u, 16s 33 A + 16 H + 128; others the same plus the
+ *              work buffer
+ * pBufferSize  written: bytes of the work buffer: max(R, G) + round16(24 H) + A + round16(16 H + 48), where
+ *              G = (H x H + 1) x (W x channels x element size + 32) + 20 H + 36 (1u: element size 1) and R is
+ *              (2 W + 80) H + 32 for 1u and 8u, 2 (4 W + 80) H + 64 for 16u and 16s, (8 W channels + 80) H + 32 for 32f
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr  a pointer is null
+ *   ErrSize     roiWidth, maskSize.width or maskSize.height < 1
+ *   ErrSize     a size needs more than 31 bits
+ *   StatusOk */
+ZVP_API Status zvpiMorphologyBorderGetSize_1u_C1R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphologyBorderGetSize_8u_C1R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphologyBorderGetSize_8u_C3R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphologyBorderGetSize_8u_C4R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphologyBorderGetSize_16u_C1R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphologyBorderGetSize_16s_C1R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphologyBorderGetSize_32f_C1R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphologyBorderGetSize_32f_C3R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphologyBorderGetSize_32f_C4R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+
+/* Fills a specification. The anchor is the centre: ((maskSize.width - 1) >> 1, (maskSize.height - 1) >> 1).
+ *
+ * roiWidth  width of the widest region, >= 1
+ * pMask     read: maskSize.width x maskSize.height bytes
+ * pSpec     written: as many bytes as the size query says
+ * pBuffer   a work buffer; it is not kept
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr  a pointer is null
+ *   ErrSize     roiWidth, maskSize.width or maskSize.height < 1
+ *   ErrSize     a size needs more than 31 bits
+ *   StatusOk */
+ZVP_API Status zvpiMorphologyBorderInit_1u_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize,
+                                               MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphologyBorderInit_8u_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize,
+                                               MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphologyBorderInit_8u_C3R(int roiWidth, const uint8_t* pMask, RoiSize maskSize,
+                                               MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphologyBorderInit_8u_C4R(int roiWidth, const uint8_t* pMask, RoiSize maskSize,
+                                               MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphologyBorderInit_16u_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize,
+                                                MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphologyBorderInit_16s_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize,
+                                                MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphologyBorderInit_32f_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize,
+                                                MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphologyBorderInit_32f_C3R(int roiWidth, const uint8_t* pMask, RoiSize maskSize,
+                                                MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphologyBorderInit_32f_C4R(int roiWidth, const uint8_t* pMask, RoiSize maskSize,
+                                                MorphBorderSpec* pSpec, uint8_t* pBuffer);
+
+/* Erosion and dilation.
+ *
+ * pSrc          read: the region, roiSize.height rows of roiSize.width pixels, srcStep bytes apart, and its
+ *               neighbours on sides in memory
+ * pDst          written: the region, dstStep bytes apart; with 1u the other bits of its bytes keep their values
+ * srcBitOffset  1u: position of the region's first pixel, counted from the most significant bit of the first byte of
+ *               each row, >= 0; dstBitOffset likewise
+ * borderValue   not used, C3 and C4: may be null; no border with a constant is accepted
+ * pSpec         read; of the same element type and channels
+ * pBuffer       written: the work buffer
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr              pSrc, pDst, pSpec or pBuffer is null
+ *   ErrSize                 width or height < 1; 1u: a bit offset < 0
+ *   ErrStep                 a step < width x channels x element size; 1u: < (width + 7) >> 3
+ *   ErrStepNotMultiple      16u, 16s, 32f: a step that is not a multiple of the element size
+ *   ErrBorderType           the low four bits of borderType are neither BorderReplicate nor BorderInMemory
+ *   ErrInPlaceNotSupported  1u: pSrc is pDst
+ *   ErrSize                 roiSize.width is larger than the roiWidth given at initialisation
+ *   StatusOk                (nothing is written when the mode in the specification is not one of 0 to 3) */
+ZVP_API Status zvpiErodeBorder_1u_C1R(const uint8_t* pSrc, int srcStep, int srcBitOffset, uint8_t* pDst, int dstStep,
+                                      int dstBitOffset, RoiSize roiSize, BorderType borderType, uint8_t borderValue,
+                                      const MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiErodeBorder_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
+                                      BorderType borderType, uint8_t borderValue, const MorphBorderSpec* pSpec,
+                                      uint8_t* pBuffer);
+ZVP_API Status zvpiErodeBorder_8u_C3R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
+                                      BorderType borderType, const uint8_t* borderValue, const MorphBorderSpec* pSpec,
+                                      uint8_t* pBuffer);
+ZVP_API Status zvpiErodeBorder_8u_C4R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
+                                      BorderType borderType, const uint8_t* borderValue, const MorphBorderSpec* pSpec,
+                                      uint8_t* pBuffer);
+ZVP_API Status zvpiErodeBorder_16u_C1R(const uint16_t* pSrc, int srcStep, uint16_t* pDst, int dstStep, RoiSize roiSize,
+                                       BorderType borderType, uint16_t borderValue, const MorphBorderSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiErodeBorder_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDst, int dstStep, RoiSize roiSize,
+                                       BorderType borderType, int16_t borderValue, const MorphBorderSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiErodeBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                       BorderType borderType, float borderValue, const MorphBorderSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiErodeBorder_32f_C3R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                       BorderType borderType, const float* borderValue, const MorphBorderSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiErodeBorder_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                       BorderType borderType, const float* borderValue, const MorphBorderSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiDilateBorder_1u_C1R(const uint8_t* pSrc, int srcStep, int srcBitOffset, uint8_t* pDst, int dstStep,
+                                       int dstBitOffset, RoiSize roiSize, BorderType borderType, uint8_t borderValue,
+                                       const MorphBorderSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiDilateBorder_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
+                                       BorderType borderType, uint8_t borderValue, const MorphBorderSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiDilateBorder_8u_C3R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
+                                       BorderType borderType, const uint8_t* borderValue, const MorphBorderSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiDilateBorder_8u_C4R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
+                                       BorderType borderType, const uint8_t* borderValue, const MorphBorderSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiDilateBorder_16u_C1R(const uint16_t* pSrc, int srcStep, uint16_t* pDst, int dstStep, RoiSize roiSize,
+                                        BorderType borderType, uint16_t borderValue, const MorphBorderSpec* pSpec,
+                                        uint8_t* pBuffer);
+ZVP_API Status zvpiDilateBorder_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDst, int dstStep, RoiSize roiSize,
+                                        BorderType borderType, int16_t borderValue, const MorphBorderSpec* pSpec,
+                                        uint8_t* pBuffer);
+ZVP_API Status zvpiDilateBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                        BorderType borderType, float borderValue, const MorphBorderSpec* pSpec,
+                                        uint8_t* pBuffer);
+ZVP_API Status zvpiDilateBorder_32f_C3R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                        BorderType borderType, const float* borderValue, const MorphBorderSpec* pSpec,
+                                        uint8_t* pBuffer);
+ZVP_API Status zvpiDilateBorder_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                        BorderType borderType, const float* borderValue, const MorphBorderSpec* pSpec,
+                                        uint8_t* pBuffer);
+
+/* The size of a state: that of the specification of the same element type and channels.
+ *
+ * pMask  not read, but must not be null
+ * pSize  written: bytes of the state
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr  a pointer is null
+ *   ErrSize     roiWidth, maskSize.width or maskSize.height < 1
+ *   ErrSize     the size needs more than 31 bits
+ *   StatusOk */
+ZVP_API Status zvpiMorphologyGetSize_8u_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, int* pSize);
+ZVP_API Status zvpiMorphologyGetSize_8u_C3R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, int* pSize);
+ZVP_API Status zvpiMorphologyGetSize_8u_C4R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, int* pSize);
+ZVP_API Status zvpiMorphologyGetSize_32f_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, int* pSize);
+ZVP_API Status zvpiMorphologyGetSize_32f_C3R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, int* pSize);
+ZVP_API Status zvpiMorphologyGetSize_32f_C4R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, int* pSize);
+
+/* Fills a state in the caller's memory, or one that the call allocates.
+ *
+ * roiWidth  width of the widest region, >= 1
+ * pMask     read: maskSize.width x maskSize.height bytes
+ * anchor    inside the mask
+ * pState    written: as many bytes as the size query says
+ * ppState   written: the new state, for zvpiMorphologyFree
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr   a pointer is null
+ *   ErrSize      roiWidth, maskSize.width or maskSize.height < 1
+ *   ErrAnchor    anchor outside the mask
+ *   ErrSize      Init: the size needs more than 31 bits
+ *   ErrNoMemory  InitAlloc: the size needs more than 31 bits, or the allocation failed
+ *   StatusOk */
+ZVP_API Status zvpiMorphologyInit_8u_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                         MorphState* pState);
+ZVP_API Status zvpiMorphologyInit_8u_C3R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                         MorphState* pState);
+ZVP_API Status zvpiMorphologyInit_8u_C4R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                         MorphState* pState);
+ZVP_API Status zvpiMorphologyInit_32f_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                          MorphState* pState);
+ZVP_API Status zvpiMorphologyInit_32f_C3R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                          MorphState* pState);
+ZVP_API Status zvpiMorphologyInit_32f_C4R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                          MorphState* pState);
+ZVP_API Status zvpiMorphologyInitAlloc_8u_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                              MorphState** ppState);
+ZVP_API Status zvpiMorphologyInitAlloc_8u_C3R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                              MorphState** ppState);
+ZVP_API Status zvpiMorphologyInitAlloc_8u_C4R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                              MorphState** ppState);
+ZVP_API Status zvpiMorphologyInitAlloc_32f_C1R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                               MorphState** ppState);
+ZVP_API Status zvpiMorphologyInitAlloc_32f_C3R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                               MorphState** ppState);
+ZVP_API Status zvpiMorphologyInitAlloc_32f_C4R(int roiWidth, const uint8_t* pMask, RoiSize maskSize, Point anchor,
+                                               MorphState** ppState);
+
+/* Releases a state made by zvpiMorphologyInitAlloc.
+ *
+ * Status: ErrNullPtr for a null pointer, else StatusOk */
+ZVP_API Status zvpiMorphologyFree(MorphState* pState);
+
+/* Erosion and dilation with a state and a replicated border.
+ *
+ * pSrc    read: the region, roiSize.height rows of roiSize.width pixels, srcStep bytes apart
+ * pDst    written: the region, dstStep bytes apart
+ * pState  read, its work memory written; of the same element type and channels
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr          a pointer is null
+ *   ErrSize             width or height < 1
+ *   ErrStep             a step < width x channels x element size
+ *   ErrStepNotMultiple  32f: a step that is not a multiple of 4
+ *   ErrBadArg           borderType is not BorderReplicate
+ *   ErrSize             roiSize.width is larger than the roiWidth given at initialisation
+ *   StatusOk            (nothing is written when the mode in the state is not one of 0 to 3) */
+ZVP_API Status zvpiErodeBorderReplicate_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiErodeBorderReplicate_8u_C3R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiErodeBorderReplicate_8u_C4R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiErodeBorderReplicate_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                                RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiErodeBorderReplicate_32f_C3R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                                RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiErodeBorderReplicate_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                                RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiDilateBorderReplicate_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                                RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiDilateBorderReplicate_8u_C3R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                                RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiDilateBorderReplicate_8u_C4R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                                RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiDilateBorderReplicate_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                                 RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiDilateBorderReplicate_32f_C3R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                                 RoiSize roiSize, BorderType borderType, MorphState* pState);
+ZVP_API Status zvpiDilateBorderReplicate_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                                 RoiSize roiSize, BorderType borderType, MorphState* pState);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
