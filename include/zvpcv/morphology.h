@@ -279,6 +279,259 @@ ZVP_API Status zvpiDilateBorderReplicate_32f_C3R(const float* pSrc, int srcStep,
 ZVP_API Status zvpiDilateBorderReplicate_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep,
                                                  RoiSize roiSize, BorderType borderType, MorphState* pState);
 
+/* Opening, closing, top-hat, black-hat and gradient.
+ *
+ *   Open      erosion with the mask, then dilation with the mask rotated by 180 degrees
+ *   Close     dilation with the mask, then erosion with the rotated mask
+ *   Tophat    source minus opening
+ *   Blackhat  closing minus source
+ *   Gradient  dilation minus erosion, both with the mask
+ * The anchor of both masks is the centre, ((width - 1) >> 1, (height - 1) >> 1), so that with an even
+ * width or height opening and closing also move the image by a pixel along that axis. Differences of integers saturate
+ * (a closing can fall below the source where the anchor is not a member); those of 1u are a AND NOT b.
+ *
+ * The intermediate image lies in the work buffer. On sides in memory it is larger than the region by the reach of the
+ * mask, so that the second step finds the first one's results there; opening, closing, top-hat and black-hat therefore
+ * read the source up to twice the reach of the mask beyond the region on those sides, the gradient once. */
+
+/* A mask prepared for composite operations. Five 32-bit words: the places of the MorphBorderSpec for the mask and of
+ * the one for the rotated mask; the place of the intermediate image at initialisation; its capacity in bytes; its
+ * offset in the work buffer. The first MorphBorderSpec starts at byte 32, the second follows it. */
+typedef struct MorphAdvSpec MorphAdvSpec;
+
+/* Sizes, from S and B, the sizes of specification and work buffer of zvpiMorphologyBorderGetSize for roiSize.width.
+ *
+ * roiSize      the widest region, and the height for which the intermediate image has room; >= 1 x 1
+ * maskSize     >= 1 x 1
+ * pSpecSize    written: 2 S + 32
+ * pBufferSize  written: capacity + 2 B; the capacity is (roiSize.height + maskSize.height - 1) rows of
+ *              roiSize.width + maskSize.width - 1 pixels, each rounded up to 32 bytes (1u: (pixels + 7) >> 3 bytes)
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr  a pointer is null
+ *   ErrSize     a width or height < 1
+ *   ErrSize     a size needs more than 31 bits
+ *   StatusOk */
+
+ZVP_API Status zvpiMorphAdvGetSize_1u_C1R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphAdvGetSize_8u_C1R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphAdvGetSize_8u_C3R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphAdvGetSize_8u_C4R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphAdvGetSize_16u_C1R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphAdvGetSize_16s_C1R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphAdvGetSize_32f_C1R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphAdvGetSize_32f_C3R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+ZVP_API Status zvpiMorphAdvGetSize_32f_C4R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
+
+/* Fills a specification.
+ *
+ * pMask    read: maskSize.width x maskSize.height bytes
+ * pSpec    written: as many bytes as the size query says
+ * pBuffer  a work buffer: the intermediate image's bytes are set to zero; it is not kept
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr  a pointer is null
+ *   ErrSize     a width or height < 1
+ *   ErrSize     a size needs more than 31 bits
+ *   StatusOk */
+
+ZVP_API Status zvpiMorphAdvInit_1u_C1R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiMorphAdvInit_8u_C1R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiMorphAdvInit_8u_C3R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiMorphAdvInit_8u_C4R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
+                                       uint8_t* pBuffer);
+ZVP_API Status zvpiMorphAdvInit_16u_C1R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
+                                        uint8_t* pBuffer);
+ZVP_API Status zvpiMorphAdvInit_16s_C1R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
+                                        uint8_t* pBuffer);
+ZVP_API Status zvpiMorphAdvInit_32f_C1R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
+                                        uint8_t* pBuffer);
+ZVP_API Status zvpiMorphAdvInit_32f_C3R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
+                                        uint8_t* pBuffer);
+ZVP_API Status zvpiMorphAdvInit_32f_C4R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
+                                        uint8_t* pBuffer);
+
+/* Allocates and fills a specification; the work buffer of the operations remains the caller's.
+ *
+ * pMask   read: maskSize.width x maskSize.height bytes
+ * ppSpec  written: the new specification, for zvpiMorphAdvFree
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr   a pointer is null
+ *   ErrSize      a width or height < 1
+ *   ErrNoMemory  a size needs more than 31 bits, or the allocation failed
+ *   StatusOk */
+
+ZVP_API Status zvpiMorphAdvInitAlloc_8u_C1R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize,
+                                            MorphAdvSpec** ppSpec);
+ZVP_API Status zvpiMorphAdvInitAlloc_8u_C3R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize,
+                                            MorphAdvSpec** ppSpec);
+ZVP_API Status zvpiMorphAdvInitAlloc_8u_C4R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize,
+                                            MorphAdvSpec** ppSpec);
+ZVP_API Status zvpiMorphAdvInitAlloc_32f_C1R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize,
+                                             MorphAdvSpec** ppSpec);
+ZVP_API Status zvpiMorphAdvInitAlloc_32f_C3R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize,
+                                             MorphAdvSpec** ppSpec);
+ZVP_API Status zvpiMorphAdvInitAlloc_32f_C4R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize,
+                                             MorphAdvSpec** ppSpec);
+
+/* Releases a specification made by zvpiMorphAdvInitAlloc.
+ *
+ * Status: ErrNullPtr for a null pointer, else StatusOk */
+ZVP_API Status zvpiMorphAdvFree(MorphAdvSpec* pSpec);
+
+/* The operations. Arguments as those of zvpiErodeBorder, with a MorphAdvSpec and its work buffer.
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr              pSrc, pDst, pSpec or pBuffer is null
+ *   ErrSize                 width or height < 1; 1u: a bit offset < 0
+ *   ErrStep                 a step < width x channels x element size; 1u: < (width + 7) >> 3
+ *   ErrStepNotMultiple      16u, 16s, 32f: a step that is not a multiple of the element size
+ *   ErrBorderType           the low four bits of borderType are neither BorderReplicate nor BorderInMemory
+ *   ErrSize                 roiSize.width is larger than the width given at initialisation
+ *   ErrSize                 the intermediate image needs more than its capacity
+ *   ErrInPlaceNotSupported  1u: pSrc is pDst
+ *   StatusOk                (a step whose specification has a mode outside 0 to 3 writes nothing) */
+
+ZVP_API Status zvpiMorphOpenBorder_1u_C1R(const uint8_t* pSrc, int srcStep, int srcBitOffset, uint8_t* pDst,
+                                          int dstStep, int dstBitOffset, RoiSize roiSize, BorderType borderType,
+                                          uint8_t borderValue, const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphOpenBorder_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
+                                          BorderType borderType, uint8_t borderValue, const MorphAdvSpec* pSpec,
+                                          uint8_t* pBuffer);
+ZVP_API Status zvpiMorphOpenBorder_8u_C3R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
+                                          BorderType borderType, const uint8_t* borderValue, const MorphAdvSpec* pSpec,
+                                          uint8_t* pBuffer);
+ZVP_API Status zvpiMorphOpenBorder_8u_C4R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
+                                          BorderType borderType, const uint8_t* borderValue, const MorphAdvSpec* pSpec,
+                                          uint8_t* pBuffer);
+ZVP_API Status zvpiMorphOpenBorder_16u_C1R(const uint16_t* pSrc, int srcStep, uint16_t* pDst, int dstStep,
+                                           RoiSize roiSize, BorderType borderType, uint16_t borderValue,
+                                           const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphOpenBorder_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDst, int dstStep,
+                                           RoiSize roiSize, BorderType borderType, int16_t borderValue,
+                                           const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphOpenBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                           BorderType borderType, float borderValue, const MorphAdvSpec* pSpec,
+                                           uint8_t* pBuffer);
+ZVP_API Status zvpiMorphOpenBorder_32f_C3R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                           BorderType borderType, const float* borderValue, const MorphAdvSpec* pSpec,
+                                           uint8_t* pBuffer);
+ZVP_API Status zvpiMorphOpenBorder_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                           BorderType borderType, const float* borderValue, const MorphAdvSpec* pSpec,
+                                           uint8_t* pBuffer);
+ZVP_API Status zvpiMorphCloseBorder_1u_C1R(const uint8_t* pSrc, int srcStep, int srcBitOffset, uint8_t* pDst,
+                                           int dstStep, int dstBitOffset, RoiSize roiSize, BorderType borderType,
+                                           uint8_t borderValue, const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphCloseBorder_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                           RoiSize roiSize, BorderType borderType, uint8_t borderValue,
+                                           const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphCloseBorder_8u_C3R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                           RoiSize roiSize, BorderType borderType, const uint8_t* borderValue,
+                                           const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphCloseBorder_8u_C4R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                           RoiSize roiSize, BorderType borderType, const uint8_t* borderValue,
+                                           const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphCloseBorder_16u_C1R(const uint16_t* pSrc, int srcStep, uint16_t* pDst, int dstStep,
+                                            RoiSize roiSize, BorderType borderType, uint16_t borderValue,
+                                            const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphCloseBorder_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDst, int dstStep,
+                                            RoiSize roiSize, BorderType borderType, int16_t borderValue,
+                                            const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphCloseBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                            BorderType borderType, float borderValue, const MorphAdvSpec* pSpec,
+                                            uint8_t* pBuffer);
+ZVP_API Status zvpiMorphCloseBorder_32f_C3R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                            BorderType borderType, const float* borderValue, const MorphAdvSpec* pSpec,
+                                            uint8_t* pBuffer);
+ZVP_API Status zvpiMorphCloseBorder_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                            BorderType borderType, const float* borderValue, const MorphAdvSpec* pSpec,
+                                            uint8_t* pBuffer);
+ZVP_API Status zvpiMorphTophatBorder_1u_C1R(const uint8_t* pSrc, int srcStep, int srcBitOffset, uint8_t* pDst,
+                                            int dstStep, int dstBitOffset, RoiSize roiSize, BorderType borderType,
+                                            uint8_t borderValue, const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphTophatBorder_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                            RoiSize roiSize, BorderType borderType, uint8_t borderValue,
+                                            const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphTophatBorder_8u_C3R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                            RoiSize roiSize, BorderType borderType, const uint8_t* borderValue,
+                                            const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphTophatBorder_8u_C4R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                            RoiSize roiSize, BorderType borderType, const uint8_t* borderValue,
+                                            const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphTophatBorder_16u_C1R(const uint16_t* pSrc, int srcStep, uint16_t* pDst, int dstStep,
+                                             RoiSize roiSize, BorderType borderType, uint16_t borderValue,
+                                             const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphTophatBorder_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDst, int dstStep,
+                                             RoiSize roiSize, BorderType borderType, int16_t borderValue,
+                                             const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphTophatBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                             BorderType borderType, float borderValue, const MorphAdvSpec* pSpec,
+                                             uint8_t* pBuffer);
+ZVP_API Status zvpiMorphTophatBorder_32f_C3R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                             BorderType borderType, const float* borderValue, const MorphAdvSpec* pSpec,
+                                             uint8_t* pBuffer);
+ZVP_API Status zvpiMorphTophatBorder_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                             BorderType borderType, const float* borderValue, const MorphAdvSpec* pSpec,
+                                             uint8_t* pBuffer);
+ZVP_API Status zvpiMorphBlackhatBorder_1u_C1R(const uint8_t* pSrc, int srcStep, int srcBitOffset, uint8_t* pDst,
+                                              int dstStep, int dstBitOffset, RoiSize roiSize, BorderType borderType,
+                                              uint8_t borderValue, const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphBlackhatBorder_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                              RoiSize roiSize, BorderType borderType, uint8_t borderValue,
+                                              const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphBlackhatBorder_8u_C3R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                              RoiSize roiSize, BorderType borderType, const uint8_t* borderValue,
+                                              const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphBlackhatBorder_8u_C4R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                              RoiSize roiSize, BorderType borderType, const uint8_t* borderValue,
+                                              const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphBlackhatBorder_16u_C1R(const uint16_t* pSrc, int srcStep, uint16_t* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, uint16_t borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphBlackhatBorder_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, int16_t borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphBlackhatBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, float borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphBlackhatBorder_32f_C3R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, const float* borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphBlackhatBorder_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, const float* borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphGradientBorder_1u_C1R(const uint8_t* pSrc, int srcStep, int srcBitOffset, uint8_t* pDst,
+                                              int dstStep, int dstBitOffset, RoiSize roiSize, BorderType borderType,
+                                              uint8_t borderValue, const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphGradientBorder_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                              RoiSize roiSize, BorderType borderType, uint8_t borderValue,
+                                              const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphGradientBorder_8u_C3R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                              RoiSize roiSize, BorderType borderType, const uint8_t* borderValue,
+                                              const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphGradientBorder_8u_C4R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep,
+                                              RoiSize roiSize, BorderType borderType, const uint8_t* borderValue,
+                                              const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphGradientBorder_16u_C1R(const uint16_t* pSrc, int srcStep, uint16_t* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, uint16_t borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphGradientBorder_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, int16_t borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphGradientBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, float borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphGradientBorder_32f_C3R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, const float* borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+ZVP_API Status zvpiMorphGradientBorder_32f_C4R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                               RoiSize roiSize, BorderType borderType, const float* borderValue,
+                                               const MorphAdvSpec* pSpec, uint8_t* pBuffer);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,10 +1,11 @@
-// Images of one bit per pixel, the most significant bit of a byte leftmost. They are filtered as bytes of 0 and 1.
+// Images of one bit per pixel, the most significant bit of a byte leftmost.
 #pragma once
 
 #include <stdint.h>
-#include <string.h>
 
-#include "morph/engine.h"
+#include <algorithm>
+
+#include "core/rows.h"
 
 namespace zvp {
 
@@ -58,71 +59,6 @@ void combineBits(BitRows<const uint8_t> src, BitRows<uint8_t> dst, RoiSize roi, 
     putBits(to, dst.bit, roi.width, [&](int64_t i, int count) {
       return f(fetchBits(from, src.bit + i, count), fetchBits(to, dst.bit + i, count));
     });
-  }
-}
-
-// Source rows of bits, unpacked into the work buffer.
-struct BitSource {
-  BitRows<const uint8_t> image;
-  Span columns = {};
-  uint8_t* unpacked = nullptr;
-
-  static constexpr int kMostColumns = 512;
-  static constexpr int kWhole = 8;  // bits are unpacked in whole bytes
-
-  int64_t workBytes(int64_t width, const StructuringElement& element) const {
-    return width + element.size.width + kWhole;
-  }
-  void begin(Strip strip, const Region& region, const StructuringElement& element, uint8_t* work) {
-    unpacked = work;
-    columns.first = region.columns.clamp(strip.x0 - element.anchor.x);
-    columns.end = region.columns.clamp(strip.x1 - 1 + element.rightExtent()) + 1;
-  }
-  const uint8_t* row(int64_t y) {
-    const uint8_t* from = image.row(y);
-    const int64_t n = columns.end - columns.first;
-    for (int64_t i = 0; i < n; i += kWhole) {
-      const int64_t count = std::min<int64_t>(kWhole, n - i);
-      const uint64_t bytes = spreadBits(fetchBits(from, image.bit + columns.first + i, count));
-      memcpy(unpacked + i, &bytes, sizeof bytes);
-    }
-    return unpacked - columns.first;
-  }
-};
-
-// Output rows of bits, packed when a row is complete.
-struct BitSink {
-  BitRows<uint8_t> image;
-  static constexpr int kRows = 8;
-  Strip strip = {};
-  uint8_t bytes[kRows][BitSource::kMostColumns + BitSource::kWhole] = {};
-
-  void begin(Strip s) { strip = s; }
-  uint8_t* row(int64_t y) { return bytes[y % kRows]; }
-  void commit(int64_t y) {
-    const uint8_t* from = row(y);
-    putBits(image.row(y), image.bit + strip.x0, strip.x1 - strip.x0, [from](int64_t i, int) {
-      uint64_t eight;
-      memcpy(&eight, from + i, sizeof eight);
-      return gatherBits(eight);
-    });
-  }
-  void finish() {}
-};
-
-template <class Op>
-void filterBits(BitRows<const uint8_t> src, BitRows<uint8_t> dst, RoiSize roi, BorderType border,
-                const StructuringElement& element, uint8_t* work) {
-  if (!element.hasKnownMode()) return;
-  const MaskPlan plan(element);
-  if (element.mode == kEmptyMask || plan.isEmpty())
-    return combineBits(src, dst, roi, [](uint8_t s, uint8_t) { return s; });
-  const Region region(roi, border, element);
-  Engine<uint8_t, Op, BitSource, BitSink> engine({src}, {dst}, region, element, 1, work);
-  if (plan.suitsRings()) {
-    engine.runRings(plan, false);
-  } else {
-    engine.runDirect(element.maxRoiWidth);
   }
 }
 

@@ -3,7 +3,7 @@
 
 #include "core/checks.h"
 #include "filter/border.h"
-#include "morph/bits.h"
+#include "morph/filter.h"
 
 namespace zvp {
 

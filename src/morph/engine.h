@@ -10,10 +10,14 @@
 #include "core/carver.h"
 #include "core/rows.h"
 #include "filter/border.h"
+#include "morph/filter.h"
 #include "morph/spec.h"
 #include "morph/window.h"
 
 namespace zvp {
+
+// Output rows that are computed at once, at most; no more than the mask has rows.
+inline constexpr int kMostOutputs = 8;
 
 // The distinct runs of a mask and which of them every row uses, in row-major order.
 struct MaskPlan {
@@ -117,15 +121,21 @@ struct PlainSink {
   int64_t offset = 0;
 };
 
-// Output rows that wait in the work buffer until no later output row reads the source there.
+// Output rows that a RowWriter takes from the work buffer, `delay` rows late: not before no later output row reads the
+// source there.
 template <class T>
-struct DelayedSink {
-  Rows<T> image;
-  int64_t elements, delay, height;
-  uint8_t* waiting;
+struct BufferedSink {
+  RowWriter<T> writer;
+  int channels;
+  int64_t width, height, delay;
+  int slots;  // more than delay, and enough for the rows that are computed at once
+  uint8_t* rows;
 
-  void begin(Strip) {}
-  T* row(int64_t y) { return reinterpret_cast<T*>(waiting + y % (delay + 1) * bytes()); }
+  void begin(Strip s) { strip = s; }
+  T* row(int64_t y) {
+    constexpr int kHalfLine = 32;
+    return reinterpret_cast<T*>(rows + y % slots * roundUp(width * channels * int64_t{sizeof(T)}, kHalfLine));
+  }
   void commit(int64_t y) {
     if (y >= delay) flush(y - delay);
   }
@@ -133,9 +143,10 @@ struct DelayedSink {
     for (int64_t y = std::max<int64_t>(height - delay, 0); y < height; ++y) flush(y);
   }
 
+  Strip strip = {};
+
  private:
-  int64_t bytes() const { return elements * int64_t{sizeof(T)}; }
-  void flush(int64_t y) { memcpy(image.row(y), row(y), static_cast<size_t>(bytes())); }
+  void flush(int64_t y) { writer(y, strip.x0 * channels, row(y), static_cast<int>((strip.x1 - strip.x0) * channels)); }
 };
 
 template <class T, class Op, class Source, class Sink>
@@ -178,11 +189,11 @@ class Engine {
         for (int g = 0; g < count; ++g) sink_.commit(y + g);
         y += count;
       }
+      sink_.finish();
     }
   }
 
  private:
-  static constexpr int kMostOutputs = 8;
   // Rings beyond this share of the first-level cache are split into strips.
   static constexpr int64_t kCacheBytes = 28 * 1024;
 
@@ -297,36 +308,5 @@ class Engine {
   int64_t stride_ = 0;
   int depth_ = 0, ahead_ = 0;
 };
-
-template <class T>
-void copyRegion(Rows<const T> src, Rows<T> dst, RoiSize roi, int channels) {
-  if (src.data == dst.data) return;
-  const size_t bytes = static_cast<size_t>(roi.width) * static_cast<size_t>(channels) * sizeof(T);
-  for (int y = 0; y < roi.height; ++y) memcpy(dst.row(y), src.row(y), bytes);
-}
-
-// One erosion (Op is Minimum) or dilation (Maximum); all arguments are valid, but for the mode: with an unknown one
-// nothing is written. work has the size of the element's work buffer. src may be dst, then the region is at most
-// maxRoiWidth wide.
-template <class Op, class T>
-void filterRegion(Rows<const T> src, Rows<T> dst, RoiSize roi, BorderType border, const StructuringElement& element,
-                  int channels, uint8_t* work) {
-  if (!element.hasKnownMode()) return;
-  const MaskPlan plan(element);
-  if (element.mode == kEmptyMask || plan.isEmpty()) return copyRegion(src, dst, roi, channels);
-  const Region region(roi, border, element);
-  const bool inPlace = src.data == dst.data;
-  const PlainSource<T> source{src};
-  const PlainSink<T> sink{dst, channels};
-  if (plan.suitsRings()) {
-    Engine<T, Op, PlainSource<T>, PlainSink<T>>(source, sink, region, element, channels, work).runRings(plan, inPlace);
-  } else if (inPlace) {
-    const DelayedSink<T> delayed{dst, int64_t{roi.width} * channels, element.anchor.y, roi.height, work};
-    Engine<T, Op, PlainSource<T>, DelayedSink<T>>(source, delayed, region, element, channels, work)
-        .runDirect(INT32_MAX);
-  } else {
-    Engine<T, Op, PlainSource<T>, PlainSink<T>>(source, sink, region, element, channels, work).runDirect(INT32_MAX);
-  }
-}
 
 }  // namespace zvp
