@@ -37,11 +37,17 @@ class Appender {
  public:
   ZVP_INLINE explicit Appender(Row& row) : row_(row), sum_(simd::broadcast<Sum, N>(row.sum)) {}
 
-  ZVP_INLINE void append(int x, const uint8_t* pixels) {
+  using Entries = Pack<Wrapping<Entry>, N>;
+
+  ZVP_INLINE Entries above(int x) const { return load<Entries>(row_.above + x); }
+
+  // Returns the entries written, which are those above the next row's.
+  ZVP_INLINE Entries append(int x, const uint8_t* pixels, Entries entriesAbove) {
     const auto prefix = prefixSum(pixels);
-    const auto above = load<Pack<Wrapping<Entry>, N>>(row_.above + x);
-    store(row_.out + x, Pack<Wrapping<Entry>, N>(toEntry(sum_ + toSum(prefix)) + above));
+    const Entries entries = toEntry(sum_ + toSum(prefix)) + entriesAbove;
+    store(row_.out + x, entries);
     sum_ += toSum(simd::broadcastLast(prefix));
+    return entries;
   }
 
   ZVP_INLINE void finish() {
@@ -79,28 +85,57 @@ class Appender {
   Pack<Sum, N> sum_;
 };
 
-template <int N, class... Tables>
-ZVP_INLINE int appendPixels(int x, int width, const uint8_t* src, TableRow<Tables>&... rows) {
+template <class Table>
+struct RowPair {
+  TableRow<Table> rows[2];
+};
+
+// kRows rows of each table, side by side: all but the first find the entries above them in registers.
+template <int N, int kRows, class Table>
+class RowsAppender {
+ public:
+  ZVP_INLINE explicit RowsAppender(TableRow<Table>* rows) : first_(rows[0]), second_(rows[kRows - 1]) {}
+  ZVP_INLINE void append(int x, const uint8_t* const* src) {
+    const auto entries = first_.append(x, src[0] + x, first_.above(x));
+    if constexpr (kRows == 2) second_.append(x, src[1] + x, entries);
+  }
+  ZVP_INLINE void finish() {
+    first_.finish();
+    if constexpr (kRows == 2) second_.finish();
+  }
+
+ private:
+  Appender<Table, N> first_, second_;
+};
+
+template <int N, int kRows, class... Tables>
+ZVP_INLINE int appendPixels(int x, int width, const uint8_t* const* src, TableRow<Tables>*... rows) {
   [&](auto... appenders) {
-    for (; x <= width - N; x += N) (appenders.append(x, src + x), ...);
+    for (; x <= width - N; x += N) (appenders.append(x, src), ...);
     (appenders.finish(), ...);
-  }(Appender<Tables, N>(rows)...);
+  }(RowsAppender<N, kRows, Tables>(rows)...);
   return x;
 }
 
-template <class... Tables>
-void integralRow(const uint8_t* src, int width, TableRow<Tables>... rows) {
+template <int kRows, class... Tables>
+void integralRows(Rows<const uint8_t> src, int y, int width, const Tables&... tables) {
   constexpr bool kDoubles = (std::is_same_v<typename Tables::Entry, double> || ...);
   constexpr int N = kDoubles ? simd::lanes<double> : simd::lanes<int32_t>;
-  const int x = appendPixels<N>(0, width, src, rows...);
-  appendPixels<1>(x, width, src, rows...);
+  const uint8_t* in[2] = {src.row(y), src.row(y + kRows - 1)};
+  [&](auto... out) {
+    const int x = appendPixels<N, kRows, Tables...>(0, width, in, out.rows...);
+    appendPixels<1, kRows, Tables...>(x, width, in, out.rows...);
+  }(RowPair<Tables>{{TableRow<Tables>(tables, y), TableRow<Tables>(tables, y + kRows - 1)}}...);
 }
 
 template <class... Tables>
 Status integral(Rows<const uint8_t> src, RoiSize roi, Tables... tables) {
   if (Status s = checkTables(src, roi, 1, tables...)) return s;
   (fillRun(tables.rows.data, roi.width + 1, tables.start), ...);
-  for (int y = 0; y < roi.height; ++y) integralRow(src.row(y), roi.width, TableRow<Tables>(tables, y)...);
+  constexpr int kRows = sizeof...(Tables) == 1 ? 2 : 1;  // more streams of output would get in each other's way
+  int y = 0;
+  for (; y + kRows <= roi.height; y += kRows) integralRows<kRows>(src, y, roi.width, tables...);
+  for (; y < roi.height; ++y) integralRows<1>(src, y, roi.width, tables...);
   return StatusOk;
 }
 
