@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Builds zvpCV on a fresh Debian 12 machine and finds the faces in a photograph: in a sample, or in your own.
+# Builds zvpCV on a fresh Debian 12 machine, finds the faces in a photograph and filters it: a sample, or your own.
 #
 #   demo.sh [PHOTO.png|PHOTO.jpg]
 #
 # Installs the Debian packages that are missing (with sudo where you are not root). The build goes to build/demo, the
-# sample photographs to build/photos, the result to out.
+# sample photographs to build/photos, the results to out.
 set -euo pipefail
 scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(dirname "$scripts")
@@ -35,3 +35,8 @@ result=$root/out/${name%.*}-faces.png
 say "Looking for faces in $photo"
 "$root/build/demo/bin/detect" "$photo" --output "$result"
 say "The picture with the boxes is $result"
+
+sheet=$root/out/${name%.*}-filters.png
+say "Filtering $photo"
+"$root/build/demo/bin/filter" "$photo" --output "$sheet"
+say "The sheet with the filtered pictures is $sheet"
