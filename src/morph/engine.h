@@ -168,6 +168,7 @@ class Engine {
   // With a ring of filtered rows for every distinct run.
   void runRings(const MaskPlan& plan, bool inPlace) {
     const int outputs = outputsAtOnce(plan);
+    const bool rectangle = plan.isRectangle();
     // In place a row is filtered before it is overwritten, also where all members lie above it.
     ahead_ = std::max(plan.lastRow() - element_.anchor.y, inPlace ? 0 : INT32_MIN);
     depth_ = ahead_ + element_.anchor.y - plan.firstRow() + outputs;
@@ -176,15 +177,20 @@ class Engine {
     for (int64_t x0 = 0; x0 < region_.roi.width; x0 += widest) {
       const Strip strip = {x0, std::min(x0 + widest, region_.roi.width + int64_t{0})};
       placeRing(strip, ringRows, outputs, plan.rows());
-      int64_t next = region_.rows.clamp(plan.firstRow() - element_.anchor.y);
+      for (size_t k = 0; k < static_cast<size_t>(plan.runCount); ++k)
+        filters_[k] = RunFilter<Op, false, T>(region_.columns, channels_, plan.runs[k], strip.x0, strip.x1);
+      const int64_t top = plan.firstRow() - element_.anchor.y;
+      int64_t next = region_.rows.clamp(top);
+      RingCursor filtered(region_.rows, depth_, top), window = filtered;
       for (int64_t y = 0; y < region_.roi.height;) {
         const int count = region_.roi.height - y >= outputs ? outputs : 1;
         for (const int64_t last = region_.rows.clamp(y + count - 1 + ahead_); next <= last; ++next)
-          filterRow(plan, next);
-        if (plan.isRectangle()) {
-          rectangleRows(plan, y, count);
+          filterRow(plan, next, filtered.at(next));
+        window.at(y + top);
+        if (rectangle) {
+          rectangleRows(plan, y, count, window);
         } else {
-          combinedRow(plan, y);
+          combinedRow(plan, y, window);
         }
         for (int g = 0; g < count; ++g) sink_.commit(y + g);
         y += count;
@@ -235,18 +241,15 @@ class Engine {
 
   int elements() const { return static_cast<int>((strip_.x1 - strip_.x0) * channels_); }
 
-  void filterRow(const MaskPlan& plan, int64_t y) {
-    const int position = RingCursor(region_.rows, depth_, y).at(y);
+  void filterRow(const MaskPlan& plan, int64_t y, int position) {
     const T* row = source_.row(y);
-    const RunFilter<Op, false, T> filter(region_.columns, channels_);
-    for (int k = 0; k < plan.runCount; ++k)
-      filter(row, plan.runs[static_cast<size_t>(k)], strip_.x0, strip_.x1, ringRow(k, position));
+    for (int k = 0; k < plan.runCount; ++k) filters_[static_cast<size_t>(k)](row, ringRow(k, position));
   }
 
-  void rectangleRows(const MaskPlan& plan, int64_t y, int count) {
+  // The cursor stands at the first row of the mask for output row y.
+  void rectangleRows(const MaskPlan& plan, int64_t y, int count, RingCursor cursor) {
     const int64_t top = y + plan.firstRow() - element_.anchor.y;
     const int height = plan.rows();
-    RingCursor cursor(region_.rows, depth_, top);
     for (int k = 0; k < height + count - 1; ++k) pointers_[k] = ringRow(0, cursor.at(top + k));
     T* outputs[kMostOutputs];
     for (int g = 0; g < count; ++g) outputs[g] = sink_.row(y + g);
@@ -264,12 +267,11 @@ class Engine {
     }
   }
 
-  void combinedRow(const MaskPlan& plan, int64_t y) {
+  void combinedRow(const MaskPlan& plan, int64_t y, RingCursor cursor) {
     constexpr int kMostRows = 64;
     const T* rows[kMostRows];
     T* out = sink_.row(y);
     const int64_t top = y - element_.anchor.y;
-    RingCursor cursor(region_.rows, depth_, top + plan.firstRow());
     int used = 0, done = 0;
     for (int k = 0; k < plan.useCount; ++k) {
       const MaskPlan::Use use = plan.uses[static_cast<size_t>(k)];
@@ -283,13 +285,12 @@ class Engine {
 
   void directRow(int64_t y) {
     T* out = sink_.row(y);
-    const RunFilter<Op, false, T> start(region_.columns, channels_);
-    const RunFilter<Op, true, T> add(region_.columns, channels_);
     bool first = true;
     forEachRun(element_.mask, element_.size, [&](int maskRow, int firstColumn, int length) {
       const T* row = source_.row(region_.rows.clamp(y + maskRow - element_.anchor.y));
       const Run run = {firstColumn - element_.anchor.x, length};
-      first ? start(row, run, strip_.x0, strip_.x1, out) : add(row, run, strip_.x0, strip_.x1, out);
+      first ? RunFilter<Op, false, T>(region_.columns, channels_, run, strip_.x0, strip_.x1)(row, out)
+            : RunFilter<Op, true, T>(region_.columns, channels_, run, strip_.x0, strip_.x1)(row, out);
       first = false;
       return true;
     });
@@ -307,6 +308,7 @@ class Engine {
   uint8_t* ring_ = nullptr;
   int64_t stride_ = 0;
   int depth_ = 0, ahead_ = 0;
+  std::array<RunFilter<Op, false, T>, MaskPlan::kMostRuns> filters_;  // of the strip
 };
 
 }  // namespace zvp

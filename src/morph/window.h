@@ -8,6 +8,7 @@
 #include <stdint.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "simd/simd.h"
 
@@ -32,26 +33,36 @@ struct Maximum {
 template <class T, class F>
 struct Cover {
   F f;
+  int skew;
 
   template <int N>
   ZVP_INLINE void over(int n) const {
     if constexpr (N == 1) {
       for (int i = 0; i < n; ++i) f.template operator()<1>(i);
     } else if (n >= N) {
-      int i = 0;
+      if (skew > 0) f.template operator()<N>(0);
+      int i = skew;
       for (; i <= n - N; i += N) f.template operator()<N>(i);
       if (i < n) f.template operator()<N>(n - N);
     } else {
       constexpr bool kStillARegister = N / 2 * int{sizeof(T)} >= 16;
-      over<kStillARegister ? N / 2 : 1>(n);
+      Cover{f, 0}.template over<kStillARegister ? N / 2 : 1>(n);
     }
   }
 };
 
-// Applies f to packs of elements that cover a row; where they overlap, f must not care about being applied twice.
+// Applies f to packs of elements that cover a row; where they overlap, f must not care about being applied twice. All
+// packs but the first and the last start `skew` elements (less than a pack) behind a multiple of the pack.
 template <class T, class F>
-ZVP_INLINE void coverRow(int n, F f) {
-  Cover<T, F>{f}.template over<simd::lanes<T>>(n);
+ZVP_INLINE void coverRow(int n, F f, int skew = 0) {
+  Cover<T, F>{f, skew}.template over<simd::lanes<T>>(n);
+}
+
+// Elements from p on to the next address that is a multiple of a register.
+template <class T>
+int elementsToAlignment(const T* p) {
+  constexpr uintptr_t kBytes = simd::lanes<T> * sizeof(T);
+  return static_cast<int>((0 - reinterpret_cast<uintptr_t>(p)) % kBytes / sizeof(T));
 }
 
 template <class Op, class V>
@@ -77,16 +88,20 @@ struct Run {
   bool operator==(const Run&) const = default;
 };
 
-// out[i] = extremum of src[i + k * stride] for k < taps; kAdd: and of out[i] before. out and src are apart.
+// out[i] = extremum of src[i + k * step] for k < taps; kAdd: and of out[i] before. out and src are apart.
 template <class Op, bool kAdd, int kTaps, class T>
-void shortWindow(const T* src, ptrdiff_t stride, T* out, int n) {
-  coverRow<T>(n, [=]<int N>(int i) {
-    using V = Pack<T, N>;
-    V value = load<V>(src + i);
-    if constexpr (kAdd) value = Op{}(load<V>(out + i), value);
-    for (int k = 1; k < kTaps; ++k) value = Op{}(value, load<V>(src + i + k * stride));
-    store(out + i, value);
-  });
+void shortWindow(const T* src, int step, int, T* out, int n) {
+  const ptrdiff_t stride = step;
+  coverRow<T>(
+      n,
+      [=]<int N>(int i) {
+        using V = Pack<T, N>;
+        V value = load<V>(src + i);
+        if constexpr (kAdd) value = Op{}(load<V>(out + i), value);
+        for (int k = 1; k < kTaps; ++k) value = Op{}(value, load<V>(src + i + k * stride));
+        store(out + i, value);
+      },
+      elementsToAlignment(out));
 }
 
 // Longer windows, by fours: a window of 4 w from four windows of w, the last step with overlapping windows. Works on
@@ -111,7 +126,7 @@ class LongWindow {
   static void block(const T* src, int stride, int length, T* out, int n) {
     alignas(64) T level[kBlock + kLanes];
     int count = n + (length - 4) * stride;  // windows of 4 that the others need
-    shortWindow<Op, false, 4>(src, stride, level, count);
+    shortWindow<Op, false, 4>(src, stride, 4, level, count);
     int width = 4;
     for (; 4 * width < length; width *= 4) {
       count -= 3 * width * stride;
@@ -134,85 +149,88 @@ class LongWindow {
 
   template <bool kAdd, int kTaps>
   static void combine(const T* level, ptrdiff_t step, ptrdiff_t last, T* out, int n) {
-    coverRow<T>(n, [=]<int N>(int i) {
-      using V = Pack<T, N>;
-      V value = load<V>(level + i);
-      if constexpr (kAdd) value = Op{}(load<V>(out + i), value);
-      for (int k = 1; k < kTaps - 1; ++k) value = Op{}(value, load<V>(level + i + k * step));
-      store(out + i, Op{}(value, load<V>(level + i + last)));
-    });
+    coverRow<T>(
+        n,
+        [=]<int N>(int i) {
+          using V = Pack<T, N>;
+          V value = load<V>(level + i);
+          if constexpr (kAdd) value = Op{}(load<V>(out + i), value);
+          for (int k = 1; k < kTaps - 1; ++k) value = Op{}(value, load<V>(level + i + k * step));
+          store(out + i, Op{}(value, load<V>(level + i + last)));
+        },
+        elementsToAlignment(out));
   }
 };
 
 // out[i] = extremum of the `length` elements src[i], src[i + stride] ...
+template <class T>
+using WindowKernel = void (*)(const T* src, int stride, int length, T* out, int n);
+
+// Windows of any length: those that do not fit a block are taken in parts.
 template <class Op, bool kAdd, class T>
-void slideWindow(const T* src, int stride, int length, T* out, int n) {
-  constexpr int kLongestReach = LongWindow<Op, T>::kLongestReach;
-  if ((int64_t{length} - 1) * stride > kLongestReach) {
-    const int part = kLongestReach / stride;
-    slideWindow<Op, kAdd>(src, stride, part, out, n);
-    return slideWindow<Op, true>(src + ptrdiff_t{part} * stride, stride, length - part, out, n);
-  }
-  switch (length) {
-    case 1:
-      return shortWindow<Op, kAdd, 1>(src, stride, out, n);
-    case 2:
-      return shortWindow<Op, kAdd, 2>(src, stride, out, n);
-    case 3:
-      return shortWindow<Op, kAdd, 3>(src, stride, out, n);
-    case 4:
-      return shortWindow<Op, kAdd, 4>(src, stride, out, n);
-    case 5:
-      return shortWindow<Op, kAdd, 5>(src, stride, out, n);
-    case 6:
-      return shortWindow<Op, kAdd, 6>(src, stride, out, n);
-    case 7:
-      return shortWindow<Op, kAdd, 7>(src, stride, out, n);
-    default:
-      return LongWindow<Op, T>::template apply<kAdd>(src, stride, length, out, n);
+void anyWindow(const T* src, int stride, int length, T* out, int n) {
+  const int part = LongWindow<Op, T>::kLongestReach / stride;
+  if (length <= part) return LongWindow<Op, T>::template apply<kAdd>(src, stride, length, out, n);
+  LongWindow<Op, T>::template apply<kAdd>(src, stride, part, out, n);
+  for (int done = part; done < length; done += part) {
+    const int first = std::min(done, length - part);  // whole parts, overlapping
+    LongWindow<Op, T>::template apply<true>(src + ptrdiff_t{first} * stride, stride, part, out, n);
   }
 }
 
-// Extrema over one run of the mask for the output columns x0 .. x1 - 1 of a row whose pixels outside `columns` repeat
-// the nearest one. row points to column 0, out to the pixel of column x0.
+template <class Op, bool kAdd, class T>
+WindowKernel<T> windowKernel(int length) {
+  constexpr WindowKernel<T> kShort[] = {shortWindow<Op, kAdd, 1, T>, shortWindow<Op, kAdd, 2, T>,
+                                        shortWindow<Op, kAdd, 3, T>, shortWindow<Op, kAdd, 4, T>,
+                                        shortWindow<Op, kAdd, 5, T>, shortWindow<Op, kAdd, 6, T>,
+                                        shortWindow<Op, kAdd, 7, T>};
+  return length <= int{std::size(kShort)} ? kShort[length - 1] : anyWindow<Op, kAdd, T>;
+}
+
+// Extrema over one run of the mask for the output columns x0 .. x1 - 1 of rows whose pixels outside `columns` repeat
+// the nearest one.
 template <class Op, bool kAdd, class T>
 class RunFilter {
  public:
-  RunFilter(Span columns, int channels) : columns_(columns), channels_(channels) {}
+  RunFilter() = default;
+  RunFilter(Span columns, int channels, Run run, int64_t x0, int64_t x1)
+      : columns_(columns), x0_(x0), x1_(x1), run_(run), channels_(channels) {
+    left_ = std::clamp(columns.first - run.start, x0, x1);
+    right_ = std::clamp(columns.end - run.start - run.length + 1, left_, x1);
+    kernel_ = windowKernel<Op, kAdd, T>(run.length);
+    inside_ = static_cast<int>((right_ - left_) * channels);
+  }
 
-  void operator()(const T* row, Run run, int64_t x0, int64_t x1, T* out) const {
-    const int64_t left = std::clamp(columns_.first - run.start, x0, x1);
-    const int64_t right = std::clamp(columns_.end - run.start - run.length + 1, left, x1);
-    if (left > x0) leftEdge(row, run, x0, left, out);
-    if (right > left) {
-      slideWindow<Op, kAdd>(row + (left + run.start) * channels_, channels_, run.length, out + (left - x0) * channels_,
-                            static_cast<int>((right - left) * channels_));
-    }
-    if (x1 > right) rightEdge(row, run, right, x1, out + (right - x0) * channels_);
+  // row points to column 0, out to the pixel of column x0.
+  void operator()(const T* row, T* out) const {
+    if (left_ > x0_) leftEdge(row, out);
+    if (inside_ > 0)
+      kernel_(row + (left_ + run_.start) * channels_, channels_, run_.length, out + (left_ - x0_) * channels_, inside_);
+    if (x1_ > right_) rightEdge(row, out);
   }
 
  private:
   // Windows that begin left of the row: a growing prefix of it.
-  void leftEdge(const T* row, Run run, int64_t x0, int64_t x1, T* out) const {
+  void leftEdge(const T* row, T* out) const {
     for (int c = 0; c < channels_; ++c) {
       int64_t next = columns_.first;
       T value = at(row, next++, c);
-      for (int64_t x = x0; x < x1; ++x) {
-        for (const int64_t end = std::min(x + run.start + run.length, columns_.end); next < end; ++next)
+      for (int64_t x = x0_; x < left_; ++x) {
+        for (const int64_t end = std::min(x + run_.start + run_.length, columns_.end); next < end; ++next)
           value = Op{}(value, at(row, next, c));
-        put(out + (x - x0) * channels_ + c, value);
+        put(out + (x - x0_) * channels_ + c, value);
       }
     }
   }
 
   // Windows that end right of the row: a suffix of it that grows from right to left.
-  void rightEdge(const T* row, Run run, int64_t x0, int64_t x1, T* out) const {
+  void rightEdge(const T* row, T* out) const {
     for (int c = 0; c < channels_; ++c) {
       int64_t first = columns_.end - 1;
       T value = at(row, first, c);
-      for (int64_t x = x1 - 1; x >= x0; --x) {
-        for (const int64_t begin = x + run.start; first > begin;) value = Op{}(at(row, --first, c), value);
-        put(out + (x - x0) * channels_ + c, value);
+      for (int64_t x = x1_ - 1; x >= right_; --x) {
+        for (const int64_t begin = x + run_.start; first > begin;) value = Op{}(at(row, --first, c), value);
+        put(out + (x - x0_) * channels_ + c, value);
       }
     }
   }
@@ -222,7 +240,10 @@ class RunFilter {
   static void put(T* out, T value) { store(out, kAdd ? Op{}(load<T>(out), value) : value); }
 
   Span columns_;
-  int channels_;
+  int64_t x0_, x1_, left_, right_;  // windows of left_ .. right_ - 1 lie inside the row
+  WindowKernel<T> kernel_;
+  Run run_;
+  int channels_, inside_;
 };
 
 // out = extremum of `count` rows; kAdd: and of out before.
