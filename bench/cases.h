@@ -34,6 +34,8 @@ struct Case {
 std::vector<Case> arithmeticCases();
 std::vector<Case> integralCases();
 std::vector<Case> detectCases();
+std::vector<Case> filterCases();
+std::vector<Case> morphologyCases();
 
 // Measured once, by the call instead of by the pixel: what builds and inspects objects.
 std::vector<Case> detectObjectCases();
