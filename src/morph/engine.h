@@ -74,6 +74,77 @@ class RingCursor {
   int64_t row_;
 };
 
+// Part of the columns; the whole height.
+struct Strip {
+  int64_t x0, x1;
+};
+
+// Extrema over one run for the columns of a strip: from the rows that a shorter run of at least half the length gave,
+// where there is one and its results reach, else from the source.
+template <class Op, class T>
+class RunStep {
+ public:
+  static constexpr int kNoBase = -1;
+
+  RunStep() = default;
+  RunStep(Span columns, int channels, const MaskPlan& plan, int run, Strip strip)
+      : run_(run), base_(baseOf(plan, run)) {
+    const Run r = plan.runs[static_cast<size_t>(run)];
+    int64_t from = strip.x1, to = strip.x1;
+    if (base_ != kNoBase) {
+      const Run b = plan.runs[static_cast<size_t>(base_)];
+      const int first = r.start - b.start, last = first + r.length - b.length;
+      from = std::clamp(strip.x0 - first, strip.x0, strip.x1);
+      to = std::clamp(strip.x1 - last, from, strip.x1);
+      first_ = ptrdiff_t{first} * channels;
+      last_ = ptrdiff_t{last} * channels;
+    }
+    begin_ = static_cast<ptrdiff_t>((from - strip.x0) * channels);
+    end_ = static_cast<ptrdiff_t>((to - strip.x0) * channels);
+    before_ = RunFilter<Op, false, T>(columns, channels, r, strip.x0, from);
+    after_ = RunFilter<Op, false, T>(columns, channels, r, to, strip.x1);
+  }
+
+  int run() const { return run_; }
+  int base() const { return base_; }
+
+  void operator()(const T* row, const T* base, T* out) const {
+    before_(row, out);
+    if (base_ == kNoBase) return;
+    const ptrdiff_t first = first_, last = last_;
+    const T* from = base + begin_;
+    T* to = out + begin_;
+    coverRow<T>(
+        static_cast<int>(end_ - begin_),
+        [=]<int N>(int i) {
+          using V = Pack<T, N>;
+          store(to + i, Op{}(load<V>(from + first + i), load<V>(from + last + i)));
+        },
+        elementsToAlignment(to));
+    after_(row, out + end_);
+  }
+
+ private:
+  // The longest run that is shorter and covers this one twice; short runs are as cheap from the source.
+  static int baseOf(const MaskPlan& plan, int run) {
+    constexpr int kShortest = 4;
+    const int length = plan.runs[static_cast<size_t>(run)].length;
+    int base = kNoBase, longest = std::max((length - 1) / 2, kShortest / 2 - 1);
+    for (int k = 0; k < plan.runCount && length >= kShortest; ++k) {
+      const int other = plan.runs[static_cast<size_t>(k)].length;
+      if (other >= length || other <= longest) continue;
+      base = k;
+      longest = other;
+    }
+    return base;
+  }
+
+  RunFilter<Op, false, T> before_, after_;
+  ptrdiff_t first_ = 0, last_ = 0;  // of the base's results: elements from the output
+  ptrdiff_t begin_ = 0, end_ = 0;   // elements that come from the base
+  int run_ = 0, base_ = kNoBase;
+};
+
 // The region that a call filters and the rows and columns that exist.
 struct Region {
   RoiSize roi;
@@ -89,11 +160,6 @@ struct Region {
   static Span span(int extent, int before, int after, AxisBorder border) {
     return {border.beforeInMemory ? -int64_t{before} : 0, int64_t{extent} + (border.afterInMemory ? after : 0)};
   }
-};
-
-// Part of the columns; the whole height.
-struct Strip {
-  int64_t x0, x1;
 };
 
 // Source rows that are read where they are.
@@ -177,8 +243,7 @@ class Engine {
     for (int64_t x0 = 0; x0 < region_.roi.width; x0 += widest) {
       const Strip strip = {x0, std::min(x0 + widest, region_.roi.width + int64_t{0})};
       placeRing(strip, ringRows, outputs, plan.rows());
-      for (size_t k = 0; k < static_cast<size_t>(plan.runCount); ++k)
-        filters_[k] = RunFilter<Op, false, T>(region_.columns, channels_, plan.runs[k], strip.x0, strip.x1);
+      planSteps(plan);
       const int64_t top = plan.firstRow() - element_.anchor.y;
       int64_t next = region_.rows.clamp(top);
       RingCursor filtered(region_.rows, depth_, top), window = filtered;
@@ -200,8 +265,9 @@ class Engine {
   }
 
  private:
-  // Rings beyond this share of the first-level cache are split into strips.
-  static constexpr int64_t kCacheBytes = 28 * 1024;
+  // Larger rings are split into strips, so that they stay in the second-level cache; seams cost more than the first
+  // level gains.
+  static constexpr int64_t kCacheBytes = 192 * 1024;
 
   int outputsAtOnce(const MaskPlan& plan) const {
     const int rows = plan.isRectangle() ? plan.rows() : 1;
@@ -243,7 +309,20 @@ class Engine {
 
   void filterRow(const MaskPlan& plan, int64_t y, int position) {
     const T* row = source_.row(y);
-    for (int k = 0; k < plan.runCount; ++k) filters_[static_cast<size_t>(k)](row, ringRow(k, position));
+    for (int k = 0; k < plan.runCount; ++k) {
+      const auto& step = steps_[static_cast<size_t>(k)];
+      step(row, ringRow(step.base(), position), ringRow(step.run(), position));
+    }
+  }
+
+  // Shorter runs first.
+  void planSteps(const MaskPlan& plan) {
+    const auto length = [&plan](int run) { return plan.runs[static_cast<size_t>(run)].length; };
+    std::array<int, MaskPlan::kMostRuns> order;
+    for (int k = 0; k < plan.runCount; ++k) order[static_cast<size_t>(k)] = k;
+    std::sort(order.begin(), order.begin() + plan.runCount, [&](int a, int b) { return length(a) < length(b); });
+    for (size_t k = 0; k < static_cast<size_t>(plan.runCount); ++k)
+      steps_[k] = RunStep<Op, T>(region_.columns, channels_, plan, order[k], strip_);
   }
 
   // The cursor stands at the first row of the mask for output row y.
@@ -308,7 +387,7 @@ class Engine {
   uint8_t* ring_ = nullptr;
   int64_t stride_ = 0;
   int depth_ = 0, ahead_ = 0;
-  std::array<RunFilter<Op, false, T>, MaskPlan::kMostRuns> filters_;  // of the strip
+  std::array<RunStep<Op, T>, MaskPlan::kMostRuns> steps_;  // of the strip
 };
 
 }  // namespace zvp
