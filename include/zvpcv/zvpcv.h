@@ -7,6 +7,7 @@
 #include <zvpcv/filter.h>
 #include <zvpcv/integral.h>
 #include <zvpcv/morphology.h>
+#include <zvpcv/pyramid.h>
 #include <zvpcv/types.h>
 #include <zvpcv/version.h>
 
