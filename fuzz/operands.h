@@ -6,6 +6,7 @@
 #include <zvpcv/types.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -32,6 +33,11 @@ inline int number(Bytes& in, int low, int high) {
 inline RoiSize someSize(Bytes& in) {
   const int width = number(in, 1, 80);
   return {width, number(in, 1, 12)};
+}
+
+inline Rect someRect(Bytes& in) {
+  const int x = number(in, 0, 9), y = number(in, 0, 9), width = number(in, 1, 12);
+  return {x, y, width, number(in, 1, 12)};
 }
 
 // Elements first..end - 1 of row `row`, counted from an operand's pointer.
@@ -70,14 +76,18 @@ class Operand {
     if (o.place(spans, sizeof(T)) > kMostBytes) o.step = static_cast<int>(std::min(rowBytes, kMostBytes)) - 1;
     const bool refused = o.step < rowBytes || o.step % int{sizeof(T)} != 0;
     if (refused) o.place({}, sizeof(T));
-    const std::size_t misaligned = oneIn(4, in) ? in.ConsumeIntegralInRange<std::size_t>(1, 7) : 0;
-    o.lead_ += misaligned;
-    o.size_ += misaligned;
-    o.block_ = std::shared_ptr<std::uint8_t>(new std::uint8_t[o.size_], std::default_delete<std::uint8_t[]>());
-    fill(in, o.block_.get(), o.size_);
+    o.allocate(in);
     if (access == Access::kWrite) o.writable_ = spans, o.element_ = sizeof(T);
-    o.isNull_ = oneIn(64, in);
-    o.remember();
+    return o;
+  }
+
+  // An array, an object or work memory: no step.
+  static Operand flat(Bytes& in, Access access, double bytes, std::size_t alignment = 1) {
+    Operand o;
+    o.access_ = access;
+    o.size_ = static_cast<std::size_t>(bytes > 0 && bytes <= kMostBytes ? bytes : 0);
+    if (access == Access::kWrite) o.writable_ = region(double(o.size_), 1);
+    o.allocate(in, alignment);
     return o;
   }
 
@@ -139,6 +149,17 @@ class Operand {
     return high - low;
   }
 
+  void allocate(Bytes& in, std::size_t alignment = 1) {
+    const std::size_t misaligned =
+        oneIn(4, in) ? in.ConsumeIntegralInRange<std::size_t>(1, 7) / alignment * alignment : 0;
+    lead_ += misaligned;
+    size_ += misaligned;
+    block_ = std::shared_ptr<std::uint8_t>(new std::uint8_t[size_], std::default_delete<std::uint8_t[]>());
+    fill(in, block_.get(), size_);
+    isNull_ = oneIn(64, in);
+    remember();
+  }
+
   static void fill(Bytes& in, std::uint8_t* p, std::size_t n) {
     std::uint32_t state = in.ConsumeIntegral<std::uint16_t>();
     const bool plateaus = (state & 1) != 0;
@@ -164,9 +185,27 @@ template <class T>
 Operand readsImage(Bytes& in, double width, double height) {
   return reads<T>(in, region(width, height), width);
 }
+// n values without a step.
+template <class T>
+Operand readsArray(Bytes& in, double n) {
+  return Operand::flat(in, Access::kRead, n * double(sizeof(T)));
+}
+// An object or work memory, both of a size that a query told.
+inline Operand block(Bytes& in, int bytes, std::size_t alignment = 1) {
+  return Operand::flat(in, Access::kWrite, bytes, alignment);
+}
+
 template <class T>
 Operand writesImage(Bytes& in, double width, double height) {
   return Operand::make(in, Access::kWrite, region(width, height), width, T{});
+}
+
+// The values on the heap, exactly.
+template <class T>
+std::unique_ptr<T[]> exactArray(const std::vector<T>& values) {
+  std::unique_ptr<T[]> copy(new T[values.size()]);
+  std::copy(values.begin(), values.end(), copy.get());
+  return copy;
 }
 
 inline void require(bool holds, const char* promise) {
