@@ -71,6 +71,82 @@ void expectIntegersAt() {
   }
 }
 
+template <class S, int N>
+void expectWidened() {
+  for (unsigned seed = 0; seed < 50; ++seed) {
+    const Elements<S, N> from(seed);
+    const Elements<int32_t, N> integers(loadAs<int32_t, N>(from.v));
+    const Elements<float, N> floats(loadAs<float, N>(from.v));
+    for (int i = 0; i < N; ++i) {
+      ASSERT_EQ(integers.v[i], from.v[i]);
+      ASSERT_EQ(floats.v[i], from.v[i]);
+    }
+  }
+}
+
+template <int N>
+void expectAllWidened() {
+  expectWidened<uint8_t, N>();
+  expectWidened<int8_t, N>();
+  expectWidened<uint16_t, N>();
+  expectWidened<int16_t, N>();
+}
+
+TEST(Simd, LoadsThatWiden) {
+  expectAllWidened<1>();
+  expectAllWidened<4>();
+  expectAllWidened<lanes<float>>();
+}
+
+template <class T, int N>
+void expectMaskBits() {
+  for (unsigned seed = 0; seed < 50; ++seed) {
+    const Elements<T, N> a(seed), b(seed + 1);
+    const uint64_t bits = maskBits(a.pack() < b.pack());
+    for (int i = 0; i < 64; ++i) ASSERT_EQ(bits >> i & 1, i < N && a.v[i] < b.v[i]) << sizeof(T) << " bytes, bit " << i;
+  }
+}
+
+TEST(Simd, MaskBits) {
+  expectMaskBits<uint8_t, 16>();
+  expectMaskBits<uint8_t, lanes<uint8_t>>();
+  expectMaskBits<int16_t, 8>();
+  expectMaskBits<int16_t, lanes<int16_t>>();
+  expectMaskBits<int32_t, 4>();
+  expectMaskBits<int32_t, lanes<int32_t>>();
+  expectMaskBits<float, 4>();
+  expectMaskBits<float, lanes<float>>();
+  expectMaskBits<float, 1>();
+}
+
+// Of two NaNs the left one is kept, also where a compiler would rather swap them; it becomes quiet.
+template <int N>
+void expectOrdered() {
+  using Words = Pack<uint32_t, N>;
+  const auto packOf = [](uint32_t bits) { return std::bit_cast<Pack<float, N>>(Words(broadcast<uint32_t, N>(bits))); };
+  struct {
+    uint32_t a, b, sum, product;
+  } const cases[] = {
+      {0x7fc00001, 0xffc00002, 0x7fc00001, 0x7fc00001}, {0xffc00002, 0x7fc00001, 0xffc00002, 0xffc00002},
+      {0x7f800003, 0x40000000, 0x7fc00003, 0x7fc00003}, {0x40000000, 0xff800003, 0xffc00003, 0xffc00003},
+      {0x7f800000, 0xff800000, 0xffc00000, 0xff800000}, {0x40000000, 0x40400000, 0x40a00000, 0x40c00000}};
+  for (const auto& c : cases) {
+    uint32_t sums[N], products[N];
+    store(sums, std::bit_cast<Words>(addOrdered(packOf(c.a), packOf(c.b))));
+    store(products, std::bit_cast<Words>(mulOrdered(packOf(c.a), packOf(c.b))));
+    for (int i = 0; i < N; ++i) {
+      ASSERT_EQ(sums[i], c.sum) << c.a << " + " << c.b;
+      ASSERT_EQ(products[i], c.product) << c.a << " * " << c.b;
+    }
+  }
+}
+
+TEST(Simd, OrderedOperations) {
+  expectOrdered<1>();
+  expectOrdered<4>();
+  expectOrdered<lanes<float>>();
+}
+
 TEST(Simd, IntegerOperations) {
   expectIntegersAt<1>();
   expectIntegersAt<4>();

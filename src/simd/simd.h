@@ -6,6 +6,9 @@
 //   loadAs<T, N>         N elements of another type, converted to T
 //   convert<T>           element by element; double to int32_t rounds to nearest even
 //   min, max, absolute, squareRoot, + - * & | ^ < > ?: as usual
+//   addOrdered, mulOrdered
+//                        + and * of floats with every bit defined: of two NaNs the left one is kept, made quiet
+//   maskBits             one bit for each element of a comparison
 //   mulSigned32          64-bit products of the low signed halves
 //   prefixSum            element i becomes the sum of the elements 0..i
 //   prefixSumOfBytes     the same for the bytes at an address, which is faster than widening them first
@@ -177,24 +180,124 @@ ZVP_INLINE Pack<T, laneCount<V>> convert(V v) {
   }
 }
 
+template <class S>
+ZVP_INLINE Pack<int32_t, 4> widenFour(const S* p) {
+  const auto from = [p] {
+    if constexpr (sizeof(S) == 1) return _mm_cvtsi32_si128(load<int32_t>(p));
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  }();
+  using To = Pack<int32_t, 4>;
+  if constexpr (std::is_same_v<S, uint8_t>) return To(_mm_cvtepu8_epi32(from));
+  if constexpr (std::is_same_v<S, int8_t>) return To(_mm_cvtepi8_epi32(from));
+  if constexpr (std::is_same_v<S, uint16_t>) return To(_mm_cvtepu16_epi32(from));
+  if constexpr (std::is_same_v<S, int16_t>) return To(_mm_cvtepi16_epi32(from));
+}
+
+#if defined(__AVX2__)
+template <class S>
+ZVP_INLINE Pack<int32_t, 8> widenEight(const S* p) {
+  const auto from = [p] {
+    const auto* at = reinterpret_cast<const __m128i*>(p);
+    return sizeof(S) == 1 ? _mm_loadl_epi64(at) : _mm_loadu_si128(at);
+  }();
+  using To = Pack<int32_t, 8>;
+  if constexpr (std::is_same_v<S, uint8_t>) return To(_mm256_cvtepu8_epi32(from));
+  if constexpr (std::is_same_v<S, int8_t>) return To(_mm256_cvtepi8_epi32(from));
+  if constexpr (std::is_same_v<S, uint16_t>) return To(_mm256_cvtepu16_epi32(from));
+  if constexpr (std::is_same_v<S, int16_t>) return To(_mm256_cvtepi16_epi32(from));
+}
+#else
+template <class S>
+ZVP_INLINE Pack<int32_t, 8> widenEight(const S* p) {
+  return Pack<int32_t, 8>(_mm256_set_m128i(__m128i(widenFour(p + 4)), __m128i(widenFour(p))));
+}
+#endif
+
+#if defined(__AVX512F__)
+template <class S>
+ZVP_INLINE Pack<int32_t, 16> widenSixteen(const S* p) {
+  using To = Pack<int32_t, 16>;
+  if constexpr (std::is_same_v<S, uint8_t>) return To(_mm512_cvtepu8_epi32(_mm_loadu_si128((const __m128i*)p)));
+  if constexpr (std::is_same_v<S, int8_t>) return To(_mm512_cvtepi8_epi32(_mm_loadu_si128((const __m128i*)p)));
+  if constexpr (std::is_same_v<S, uint16_t>) return To(_mm512_cvtepu16_epi32(_mm256_loadu_si256((const __m256i*)p)));
+  if constexpr (std::is_same_v<S, int16_t>) return To(_mm512_cvtepi16_epi32(_mm256_loadu_si256((const __m256i*)p)));
+}
+#endif
+
 template <class T, int N, class S>
 ZVP_INLINE Pack<T, N> loadAs(const S* p) {
-  if constexpr (std::is_same_v<S, T> || N == 1 || sizeof(S) > 1) {
+  if constexpr (std::is_same_v<S, T> || N == 1 || sizeof(S) > 2) {
     return convert<T>(load<Pack<S, N>>(p));
+  } else if constexpr (std::is_same_v<T, float>) {
+    return convert<T>(loadAs<int32_t, N>(p));
   } else {
-    static_assert(std::is_same_v<S, uint8_t> && std::is_same_v<T, int32_t>);
+    static_assert(std::is_same_v<T, int32_t>);
     if constexpr (N == 4) {
-      return Pack<T, N>(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(load<int32_t>(p))));
-#if defined(__AVX2__)
+      return widenFour(p);
     } else if constexpr (N == 8) {
-      return Pack<T, N>(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
-#endif
-#if defined(__AVX512F__)
-    } else if constexpr (N == 16) {
-      return Pack<T, N>(_mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
-#endif
+      return widenEight(p);
     } else {
-      static_assert(N < 0, "no such load in this build");
+      static_assert(N == 16);
+#if defined(__AVX512F__)
+      return widenSixteen(p);
+#endif
+    }
+  }
+}
+
+// A compiler may swap the operands of a sum or product, and with them the NaN that the processor keeps. An invalid
+// operation gives the quiet NaN with the sign set and no payload.
+template <class V>
+ZVP_INLINE V addOrdered(V a, V b) {
+  static_assert(std::is_same_v<Element<V>, float>);
+  V sum;
+  if constexpr (laneCount<V> == 1) {
+    asm("vaddss %2, %1, %0" : "=v"(sum) : "v"(a), "v"(b));
+  } else {
+    asm("vaddps %2, %1, %0" : "=v"(sum) : "v"(a), "v"(b));
+  }
+  return sum;
+}
+
+template <class V>
+ZVP_INLINE V mulOrdered(V a, V b) {
+  static_assert(std::is_same_v<Element<V>, float>);
+  V product;
+  if constexpr (laneCount<V> == 1) {
+    asm("vmulss %2, %1, %0" : "=v"(product) : "v"(a), "v"(b));
+  } else {
+    asm("vmulps %2, %1, %0" : "=v"(product) : "v"(a), "v"(b));
+  }
+  return product;
+}
+
+// Bit i is set where element i of a comparison holds. V has integer elements, each 0 or -1; or is a bool.
+template <class V>
+ZVP_INLINE uint64_t maskBits(V comparison) {
+  if constexpr (std::is_arithmetic_v<V>) {
+    return comparison != 0;
+  } else {
+    constexpr int kElement = sizeof(Element<V>), kBytes = sizeof(V);
+#if defined(__AVX512BW__) && defined(__AVX512DQ__)
+    if constexpr (kBytes == 64) {
+      if constexpr (kElement == 1) return _mm512_movepi8_mask(__m512i(comparison));
+      if constexpr (kElement == 2) return _mm512_movepi16_mask(__m512i(comparison));
+      if constexpr (kElement == 4) return _mm512_movepi32_mask(__m512i(comparison));
+    }
+#endif
+    if constexpr (kBytes == 32 && kElement == 4) {
+      return static_cast<uint32_t>(_mm256_movemask_ps(__m256(comparison)));
+    } else if constexpr (kBytes == 32) {
+      const __m256i v = __m256i(comparison);
+      const __m128i low = _mm256_castsi256_si128(v), high = _mm256_extractf128_si256(v, 1);
+      if constexpr (kElement == 2) return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
+      return static_cast<uint32_t>(_mm_movemask_epi8(low)) | static_cast<uint32_t>(_mm_movemask_epi8(high)) << 16;
+    } else if constexpr (kBytes == 16) {
+      const __m128i v = __m128i(comparison);
+      if constexpr (kElement == 4) return static_cast<uint32_t>(_mm_movemask_ps(_mm_castsi128_ps(v)));
+      if constexpr (kElement == 2)
+        return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(v, _mm_setzero_si128())));
+      return static_cast<uint32_t>(_mm_movemask_epi8(v));
     }
   }
 }

@@ -1,16 +1,19 @@
-// Applies one expression to every element of a row: in registers, then in half registers, then one by one.
+// Walks along a row: in registers, then in half registers, then element by element.
 #pragma once
 
 #include "simd/simd.h"
 
 namespace zvp::simd {
 
-template <int N, class T, class F, class... S>
-ZVP_INLINE void transformFrom(int i, int n, F f, T* dst, const S*... src) {
-  for (; i <= n - N; i += N) store(dst + i, Pack<T, N>(f(load<Pack<S, N>>(src + i)...)));
+// Calls step(i, width) for the elements first .. n - 1 in consecutive blocks. The width is a constant: N as long as
+// that fits, then halves of it down to 16 bytes, then 1.
+template <int N, int elementSize, class Step>
+ZVP_INLINE void forEachBlock(int first, int n, Step step) {
+  int i = first;
+  for (; i <= n - N; i += N) step(i, std::integral_constant<int, N>{});
   if constexpr (N > 1) {
-    constexpr bool kStillARegister = N / 2 * int{sizeof(T)} >= 16;
-    transformFrom<kStillARegister ? N / 2 : 1>(i, n, f, dst, src...);
+    constexpr bool kStillARegister = N / 2 * elementSize >= 16;
+    forEachBlock<kStillARegister ? N / 2 : 1, elementSize>(i, n, step);
   }
 }
 
@@ -18,7 +21,10 @@ ZVP_INLINE void transformFrom(int i, int n, F f, T* dst, const S*... src) {
 // N, the widest pack, is for expressions whose widest type is not that of dst.
 template <int N, class T, class F, class... S>
 ZVP_INLINE void transformRowBy(int n, F f, T* dst, const S*... src) {
-  transformFrom<N>(0, n, f, dst, src...);
+  forEachBlock<N, sizeof(T)>(
+      0, n, [=]<class W>(int i, W) __attribute__((always_inline)) {
+        store(dst + i, Pack<T, W::value>(f(load<Pack<S, W::value>>(src + i)...)));
+      });
 }
 
 template <class T, class F, class... S>
