@@ -16,7 +16,7 @@ namespace bench {
 struct Work {
   std::function<void()> library;
   std::function<void()> plain;    // a scalar loop that does the same; may be empty
-  std::size_t bytes = 0;          // that the operation reads and writes, each operand once; 0: no copy to compare with
+  std::size_t bytes = 0;          // that the operation reads and writes; 0: no copy to compare with
   std::function<bool()> agree{};  // after one run of both: the same results?
 };
 
@@ -31,6 +31,7 @@ struct Case {
 #function, [](RoiSize size) { return make(function, size); } \
   }
 
+std::vector<Case> accumulateCases();
 std::vector<Case> arithmeticCases();
 std::vector<Case> integralCases();
 std::vector<Case> detectCases();

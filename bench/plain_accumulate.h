@@ -1,0 +1,54 @@
+// Accumulation as a reader would write it first.
+#pragma once
+
+#include "image.h"
+
+namespace bench::plain {
+
+struct Add {
+  static float update(float d, float s, float, float) { return d + s; }
+  static float updateMasked(float d, float s, float, float m) { return m * s + d; }
+};
+
+struct AddSquare {
+  static float update(float d, float s, float, float) { return s * s + d; }
+  static float updateMasked(float d, float s, float, float m) { return s * s * m + d; }
+};
+
+struct AddProduct {
+  static float update(float d, float s1, float s2, float) { return s1 * s2 + d; }
+  static float updateMasked(float d, float s1, float s2, float m) { return s1 * s2 * m + d; }
+};
+
+struct AddWeighted {
+  static float update(float d, float s, float, float alpha) { return d + alpha * (s - d); }
+  static float updateMasked(float d, float s, float, float a) { return d + (s - d) * a; }
+};
+
+// The weight is 1, or alpha of a running average.
+template <class Operation, class T>
+void accumulate(const Image<T>& a, const Image<T>& b, const Image<float>& acc, float weight) {
+  const int width = acc.width;  // the compiler cannot know that no pixel lies over it
+  for (int y = 0; y < acc.height; ++y) {
+    const T *rowA = a.row(y), *rowB = b.row(y);
+    float* d = acc.row(y);
+    for (int x = 0; x < width; ++x) d[x] = Operation::update(d[x], float(rowA[x]), float(rowB[x]), weight);
+  }
+}
+
+template <class Operation, class T>
+void accumulateMasked(const Image<T>& a, const Image<T>& b, const Image<std::uint8_t>& mask, const Image<float>& acc,
+                      float weight) {
+  const int width = acc.width;
+  for (int y = 0; y < acc.height; ++y) {
+    const T *rowA = a.row(y), *rowB = b.row(y);
+    const std::uint8_t* selected = mask.row(y);
+    float* d = acc.row(y);
+    for (int x = 0; x < width; ++x) {
+      const float w = weight * float(selected[x] != 0);  // no branch: a random mask would only measure that
+      d[x] = Operation::updateMasked(d[x], float(rowA[x]), float(rowB[x]), w);
+    }
+  }
+}
+
+}  // namespace bench::plain
