@@ -1,43 +1,9 @@
 #!/usr/bin/env bash
-# Tests the program detect.
-#
-#   detect_test.sh DETECT basics          bad input: one line on stderr, a failing exit code, no picture; grouping
-#   detect_test.sh DETECT photos FOLDER   what is found in photographs; exit code 77 (skipped) where they are missing
-set -u
-detect=$(realpath "$1")
-folder=$(realpath -m "${3-.}")
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work" || exit
-passed=0
-failed=0
-
-count() { # RESULT NAME: counts a check by the result it came to
-  if [ "$1" -eq 0 ]; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    echo "FAILED: $2"
-  fi
-}
-
-finish() {
-  echo "$passed passed, $failed failed"
-  [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
-  exit
-}
+# Tests the program detect: bad input and grouping; what is found in photographs.
+source "$(dirname "$0")/../common/program_test.sh"
+output=detected.png
 
 # --- Bad input -------------------------------------------------------------------------------------------------------
-
-refuses() { # NAME WORD ARGUMENT...: detect must fail with one line on stderr that has the word in it
-  local name=$1 word=$2 status=0
-  shift 2
-  rm -f detected.png
-  "$detect" "$@" >stdout 2>stderr || status=$?
-  [ "$status" -ne 0 ] && [ "$status" -lt 128 ] && [ "$(wc -l <stderr)" -eq 1 ] && [ ! -s stdout ] &&
-    grep -qF -- "$word" stderr && [ ! -e detected.png ]
-  count $? "$name: exit code $status, stderr: $(cat stderr)"
-}
 
 refuses_cascade() { # NAME WORD JSON
   printf '%s' "$3" >cascade.json
@@ -51,12 +17,7 @@ cascade() { # RECTANGLES WINDOW THRESHOLD
     "{\"rects\":$rects,\"threshold\":$threshold,\"left\":0,\"right\":2}"
 }
 
-make_pictures() {
-  base64 -di >ramp.png <<<'
-    iVBORw0KGgoAAAANSUhEUgAAABgAAAAYCAAAAADFHGIkAAAAKUlEQVR42mNg4BKR0zCycQuISsmraOqZtmDVln0nLt15xjAqMSpBvgQAFr0C0F1wDx0A
-    AAAASUVORK5CYII='
-  base64 -di >19x19.png <<<'
-    iVBORw0KGgoAAAANSUhEUgAAABMAAAATCAAAAABXO2kQAAAADUlEQVR42mNgGAUDBQABfAABoNdrMwAAAABJRU5ErkJggg=='
+make_jpeg() {
   base64 -di >pattern.jpg <<<'
     /9j/4AAQSkZJRgABAQAAAQABAAD/2wBDACgcHiMeGSgjISMtKygwPGRBPDc3PHtYXUlkkYCZlo+AjIqgtObDoKrarYqMyP/L2u71////m8H////6
     /+b9//j/wAALCAAYABgBAREA/8QAFgABAQEAAAAAAAAAAAAAAAAABQQC/8QAJhAAAQMDAwIHAAAAAAAAAAAAAQACEQMSIQQxQQWBExQkUVJhcf/a
@@ -66,7 +27,7 @@ make_pictures() {
 test_pictures() {
   local file size cut
   for file in ramp.png pattern.jpg; do
-    "$detect" "$file" >/dev/null
+    "$program" "$file" >/dev/null
     count $? "$file is read whole"
     size=$(stat -c %s "$file")
     for cut in 9 $((size / 2)) $((size - 20)) $((size - 1)); do
@@ -74,20 +35,14 @@ test_pictures() {
       refuses "$file cut to $cut bytes" malformed cut
     done
   done
-  refuses "missing picture" "No such file" none.png
-  refuses "a folder" "Is a directory" .
-  : >empty
-  refuses "empty picture" "neither a PNG nor a JPEG" empty
   echo 'P5 24 24 255' >ramp.pgm
   refuses "other format" "neither a PNG nor a JPEG" ramp.pgm
   refuses "picture smaller than the window" "no position fits" 19x19.png
-  refuses "output into no folder" "No such file" ramp.png --output none/out.png
-  refuses "output onto a full disk" "No space left" ramp.png --output /dev/full
 }
 
 test_cascades() {
   cascade >cascade.json
-  "$detect" ramp.png --cascade cascade.json >/dev/null
+  "$program" ramp.png --cascade cascade.json >/dev/null
   count $? "the cascade that is broken below is whole itself"
   refuses "missing cascade" "No such file" ramp.png --cascade none.json
   refuses_cascade "empty file" "malformed JSON" ''
@@ -114,11 +69,9 @@ test_cascades() {
 }
 
 test_options() {
-  refuses "no picture named" image
   refuses "scale step 1" --scale-step ramp.png --scale-step 1
   refuses "scale step nan" --scale-step ramp.png --scale-step nan
   refuses "no neighbours" --min-neighbours ramp.png --min-neighbours 0
-  refuses "unknown option" --bogus ramp.png --bogus
 }
 
 # --- Grouping --------------------------------------------------------------------------------------------------------
@@ -126,10 +79,10 @@ test_options() {
 # All 5 x 5 windows of the picture pass, and the single one at the next scale, whose side is 24.
 test_grouping() {
   cascade '' '' 0 | sed 's/"left":0/"left":2/' >cascade.json
-  "$detect" ramp.png --cascade cascade.json --min-neighbours 26 >stdout
+  "$program" ramp.png --cascade cascade.json --min-neighbours 26 >stdout
   grep -q '^2 2 20 26$' stdout && grep -q '^boxes: 1 .* raw hits: 26 in 26 windows at 2 scales' stdout
   count $? "one box, the mean of 26 windows: $(cat stdout)"
-  "$detect" ramp.png --cascade cascade.json --min-neighbours 27 >stdout
+  "$program" ramp.png --cascade cascade.json --min-neighbours 27 >stdout
   grep -q '^boxes: 0 ' stdout
   count $? "27 neighbours are more than there are: $(cat stdout)"
 }
@@ -155,45 +108,37 @@ best_is_face() { # X Y SIDE
 }
 
 test_face() {
-  "$detect" "$1/astronaut.png" >stdout
+  "$program" "$1/astronaut.png" >stdout
   count $? "astronaut.png is scanned"
   grep -q ' in 751259 windows ' stdout
   count $? "every position is judged once: the sum of (round(512 / 1.2^k) - 19)^2"
   best_is_face 176 66 96 <stdout
   count $? "the face in astronaut.png: $(cat stdout)"
-  "$detect" detected.png --output again.png >/dev/null
+  "$program" detected.png --output again.png >/dev/null
   count $? "the picture written can be read again"
   ! cmp -s detected.png again.png
   count $? "boxes are drawn into the picture"
 }
 
 test_nothing() { # PHOTOGRAPH
-  "$detect" "$1" >stdout
+  "$program" "$1" >stdout
   [ $? -eq 0 ] && grep -q '^boxes: 0 ' stdout
   count $? "nothing is found in $1: $(cat stdout)"
 }
 
-case ${2-} in
-  basics)
-    make_pictures
-    test_pictures
-    test_cascades
-    test_grouping
-    test_options
-    finish
-    ;;
-  photos)
-    if [ ! -e "$folder/astronaut.png" ]; then
-      echo "No photographs in $folder"
-      exit 77
-    fi
-    test_face "$folder"
-    test_nothing "$folder/camera.png"
-    test_nothing "$folder/coins.png"
-    finish
-    ;;
-  *)
-    echo "Usage: detect_test.sh DETECT basics|photos [FOLDER]" >&2
-    exit 2
-    ;;
-esac
+test_basics() {
+  make_jpeg
+  refuses_bad_files
+  test_pictures
+  test_cascades
+  test_grouping
+  test_options
+}
+
+test_photos() { # FOLDER
+  test_face "$1"
+  test_nothing "$1/camera.png"
+  test_nothing "$1/coins.png"
+}
+
+run_tests

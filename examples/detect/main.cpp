@@ -6,9 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <exception>
 #include <limits>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -17,6 +15,7 @@
 #include "common/error.h"
 #include "common/photo.h"
 #include "common/png_file.h"
+#include "common/program.h"
 #include "groups.h"
 #include "scan.h"
 
@@ -46,9 +45,6 @@ void declareOptions(CLI::App& app, Options& options) {
       ->check(CLI::Range(1, std::numeric_limits<int>::max()))
       ->capture_default_str();
   app.add_option("-o,--output", options.output, "The picture to write, a PNG file")->capture_default_str();
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return "detect: " + std::string(error.what()) + " (detect --help shows the usage)\n";
-  });
 }
 
 // A line on the terminal that each call replaces; the last one, at 1, clears it.
@@ -109,15 +105,5 @@ int main(int argc, char** argv) {
   CLI::App app("Finds faces, or whatever a cascade has been trained for, in a photograph.", "detect");
   Options options;
   declareOptions(app, options);
-  CLI11_PARSE(app, argc, argv);
-  try {
-    run(options);
-  } catch (const std::bad_alloc&) {
-    std::fprintf(stderr, "detect: not enough memory\n");
-    return 1;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "detect: %s\n", error.what());
-    return 1;
-  }
-  return 0;
+  return runProgram(app, argc, argv, [&options] { run(options); });
 }

@@ -1,8 +1,6 @@
 // Blurs a photograph and applies composite morphology to it; writes the results as one contact sheet.
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <exception>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -10,6 +8,7 @@
 #include "common/error.h"
 #include "common/photo.h"
 #include "common/png_file.h"
+#include "common/program.h"
 #include "morphology.h"
 #include "sheet.h"
 
@@ -25,9 +24,6 @@ struct Options {
 void declareOptions(CLI::App& app, Options& options) {
   app.add_option("image", options.photo, "The photograph, a PNG or JPEG file")->required();
   app.add_option("-o,--output", options.output, "The picture to write, a PNG file")->capture_default_str();
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return "filter: " + std::string(error.what()) + " (filter --help shows the usage)\n";
-  });
 }
 
 struct Tile {
@@ -69,15 +65,5 @@ int main(int argc, char** argv) {
   CLI::App app("Blurs a photograph and applies morphology to it; writes the results side by side.", "filter");
   Options options;
   declareOptions(app, options);
-  CLI11_PARSE(app, argc, argv);
-  try {
-    run(options);
-  } catch (const std::bad_alloc&) {
-    std::fprintf(stderr, "filter: not enough memory\n");
-    return 1;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "filter: %s\n", error.what());
-    return 1;
-  }
-  return 0;
+  return runProgram(app, argc, argv, [&options] { run(options); });
 }
