@@ -16,6 +16,10 @@ inline constexpr int kDivisors[] = {1, -1, 2, 16, 3, -7, 256, 1000, INT32_MIN};
 // Taps of the wanted size of sum: weak ones keep sums of bytes in 16 bits, strong ones (two taps and more) add up to
 // 65535 or more in absolute value.
 enum class Strength { kWeak, kMedium, kStrong };
+inline constexpr Strength kStrengths[] = {Strength::kWeak, Strength::kMedium, Strength::kStrong};
+
+// How a member computes.
+enum class Kind { kInteger, kLow, kFloat };
 
 inline std::vector<int16_t> randomTaps(unsigned seed, int size, Strength strength) {
   std::mt19937 engine(seed);
@@ -35,6 +39,25 @@ inline std::vector<float> randomFloatTaps(unsigned seed, int size) {
   std::vector<float> taps;
   for (int i = 0; i < size; ++i) taps.push_back(static_cast<float>(static_cast<int32_t>(engine())) / 1e9f);
   return taps;
+}
+
+template <class Tap>
+std::vector<Tap> tapsFor(unsigned seed, int size, Strength strength) {
+  if constexpr (std::is_same_v<Tap, float>) {
+    return randomFloatTaps(seed, size);
+  } else {
+    return randomTaps(seed, size, strength);
+  }
+}
+
+// The checks that the buffer-size queries of both pipelines make.
+inline void expectQueryChecks(Status (*bufferSize)(RoiSize, int, int*)) {
+  int size = 77;
+  EXPECT_EQ(bufferSize({0, 0}, 0, nullptr), ErrNullPtr);
+  EXPECT_EQ(bufferSize({0, 1}, 1, &size), ErrSize);
+  EXPECT_EQ(bufferSize({1, 0}, 1, &size), ErrSize);
+  EXPECT_EQ(bufferSize({1, 1}, 0, &size), ErrSize);
+  EXPECT_EQ(size, 77);
 }
 
 // pixel(i) is what tap i meets.
