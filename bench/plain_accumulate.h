@@ -40,13 +40,13 @@ template <class Operation, class T>
 void accumulateMasked(const Image<T>& a, const Image<T>& b, const Image<std::uint8_t>& mask, const Image<float>& acc,
                       float weight) {
   const int width = acc.width;
+  const float weights[] = {0.0f, weight};  // a branch on a random mask would measure only itself
   for (int y = 0; y < acc.height; ++y) {
     const T *rowA = a.row(y), *rowB = b.row(y);
     const std::uint8_t* selected = mask.row(y);
     float* d = acc.row(y);
     for (int x = 0; x < width; ++x) {
-      const float w = weight * float(selected[x] != 0);  // no branch: a random mask would only measure that
-      d[x] = Operation::updateMasked(d[x], float(rowA[x]), float(rowB[x]), w);
+      d[x] = Operation::updateMasked(d[x], float(rowA[x]), float(rowB[x]), weights[selected[x] != 0]);
     }
   }
 }

@@ -67,7 +67,7 @@ struct RunningAverage {
 // The weight where the mask byte is not zero, +0 elsewhere.
 template <int N>
 ZVP_INLINE Pack<float, N> maskedWeight(const uint8_t* mask, float weight) {
-  const auto selected = simd::loadAs<int32_t, N>(mask) != 0;
+  const auto selected = simd::loadAs<float, N>(mask) != 0.0f;  // the baseline compares eight floats, but no integers
   return selected ? simd::broadcast<float, N>(weight) : Pack<float, N>{};
 }
 
