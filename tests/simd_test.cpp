@@ -85,7 +85,18 @@ void expectWidened() {
 }
 
 template <int N>
+void expectNonZero() {
+  for (int set = 0; set < N; ++set) {
+    uint8_t bytes[N] = {};
+    bytes[set] = static_cast<uint8_t>(1 << set % 8);
+    const Elements<int32_t, N> mask(loadNonZero<N>(bytes));
+    for (int i = 0; i < N; ++i) ASSERT_EQ(mask.v[i], i == set ? -1 : 0);
+  }
+}
+
+template <int N>
 void expectAllWidened() {
+  expectNonZero<N>();
   expectWidened<uint8_t, N>();
   expectWidened<int8_t, N>();
   expectWidened<uint16_t, N>();

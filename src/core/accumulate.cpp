@@ -67,8 +67,9 @@ struct RunningAverage {
 // The weight where the mask byte is not zero, +0 elsewhere.
 template <int N>
 ZVP_INLINE Pack<float, N> maskedWeight(const uint8_t* mask, float weight) {
-  const auto selected = simd::loadAs<float, N>(mask) != 0.0f;  // the baseline compares eight floats, but no integers
-  return selected ? simd::broadcast<float, N>(weight) : Pack<float, N>{};
+  using Bits = Pack<int32_t, N>;
+  const Bits bits = std::bit_cast<Bits>(simd::broadcast<float, N>(weight));
+  return std::bit_cast<Pack<float, N>>(Bits(simd::loadNonZero<N>(mask) & bits));
 }
 
 template <class Operation, class... S>

@@ -4,6 +4,7 @@
 //   lanes<T>             elements of T in one register of this build
 //   load<V>, store       from and to memory of any alignment
 //   loadAs<T, N>         N elements of another type, converted to T
+//   loadNonZero<N>       the mask of the bytes that are not 0: elements of 32 bits, all set or all clear
 //   convert<T>           element by element; double to int32_t rounds to nearest even
 //   min, max, absolute, squareRoot, + - * & | ^ < > ?: as usual
 //   addOrdered, mulOrdered
@@ -242,6 +243,25 @@ ZVP_INLINE Pack<T, N> loadAs(const S* p) {
       return widenSixteen(p);
 #endif
     }
+  }
+}
+
+// Element i is -1 where byte i is not 0, else 0.
+template <int N>
+ZVP_INLINE Pack<int32_t, N> loadNonZero(const uint8_t* p) {
+  if constexpr (N == 1) {
+    return -int32_t{*p != 0};
+#if !defined(__AVX2__)
+  } else if constexpr (N == 8) {
+    // Every element gets a word with four bytes and keeps its own, which takes no shuffle; AVX compares only floats.
+    const __m256 low = _mm256_set1_ps(load<float>(p)), high = _mm256_set1_ps(load<float>(p + 4));
+    const __m256 ownByte =
+        _mm256_castsi256_ps(_mm256_set_epi32(-1 << 24, 0xff0000, 0xff00, 0xff, -1 << 24, 0xff0000, 0xff00, 0xff));
+    const __m256 own = _mm256_and_ps(_mm256_blend_ps(low, high, 0xf0), ownByte);
+    return Pack<int32_t, N>(convert<float>(Pack<int32_t, N>(own)) != 0.0f);
+#endif
+  } else {
+    return Pack<int32_t, N>(loadAs<int32_t, N>(p) != 0);
   }
 }
 
