@@ -213,12 +213,19 @@ class RunFilter {
   // Windows that begin left of the row: a growing prefix of it.
   void leftEdge(const T* row, T* out) const {
     for (int c = 0; c < channels_; ++c) {
-      int64_t next = columns_.first;
-      T value = at(row, next++, c);
-      for (int64_t x = x0_; x < left_; ++x) {
-        for (const int64_t end = std::min(x + run_.start + run_.length, columns_.end); next < end; ++next)
-          value = Op{}(value, at(row, next, c));
-        put(out + (x - x0_) * channels_ + c, value);
+      const T* next = row + columns_.first * channels_ + c;
+      const T* const rowEnd = row + columns_.end * channels_ + c;
+      const T* windowEnd = row + (x0_ + run_.start + run_.length) * channels_ + c;
+      T value = load<T>(next);
+      next += channels_;
+      for (; next < windowEnd && next < rowEnd; next += channels_) value = Op{}(value, load<T>(next));
+      T* o = out + c;
+      for (int64_t x = x0_; x < left_; ++x, o += channels_) {
+        put(o, value);
+        windowEnd += channels_;
+        if (next >= windowEnd || next >= rowEnd) continue;
+        value = Op{}(value, load<T>(next));
+        next += channels_;
       }
     }
   }
@@ -226,16 +233,18 @@ class RunFilter {
   // Windows that end right of the row: a suffix of it that grows from right to left.
   void rightEdge(const T* row, T* out) const {
     for (int c = 0; c < channels_; ++c) {
-      int64_t first = columns_.end - 1;
-      T value = at(row, first, c);
-      for (int64_t x = x1_ - 1; x >= right_; --x) {
-        for (const int64_t begin = x + run_.start; first > begin;) value = Op{}(at(row, --first, c), value);
-        put(out + (x - x0_) * channels_ + c, value);
+      const T* first = row + (columns_.end - 1) * channels_ + c;
+      const T* windowBegin = row + (x1_ - 1 + run_.start) * channels_ + c;
+      T value = load<T>(first);
+      while (first > windowBegin) value = Op{}(load<T>(first -= channels_), value);
+      T* o = out + (x1_ - 1 - x0_) * channels_ + c;
+      for (int64_t x = x1_ - 1; x >= right_; --x, o -= channels_) {
+        put(o, value);
+        windowBegin -= channels_;
+        if (first > windowBegin) value = Op{}(load<T>(first -= channels_), value);
       }
     }
   }
-
-  T at(const T* row, int64_t x, int c) const { return load<T>(row + x * channels_ + c); }
 
   static void put(T* out, T value) { store(out, kAdd ? Op{}(load<T>(out), value) : value); }
 
