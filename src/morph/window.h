@@ -218,14 +218,10 @@ class RunFilter {
       const T* windowEnd = row + (x0_ + run_.start + run_.length) * channels_ + c;
       T value = load<T>(next);
       next += channels_;
-      for (; next < windowEnd && next < rowEnd; next += channels_) value = Op{}(value, load<T>(next));
       T* o = out + c;
-      for (int64_t x = x0_; x < left_; ++x, o += channels_) {
+      for (int64_t x = x0_; x < left_; ++x, o += channels_, windowEnd += channels_) {
+        for (; next < windowEnd && next < rowEnd; next += channels_) value = Op{}(value, load<T>(next));
         put(o, value);
-        windowEnd += channels_;
-        if (next >= windowEnd || next >= rowEnd) continue;
-        value = Op{}(value, load<T>(next));
-        next += channels_;
       }
     }
   }
@@ -236,12 +232,10 @@ class RunFilter {
       const T* first = row + (columns_.end - 1) * channels_ + c;
       const T* windowBegin = row + (x1_ - 1 + run_.start) * channels_ + c;
       T value = load<T>(first);
-      while (first > windowBegin) value = Op{}(load<T>(first -= channels_), value);
       T* o = out + (x1_ - 1 - x0_) * channels_ + c;
-      for (int64_t x = x1_ - 1; x >= right_; --x, o -= channels_) {
+      for (int64_t x = x1_ - 1; x >= right_; --x, o -= channels_, windowBegin -= channels_) {
+        while (first > windowBegin) value = Op{}(load<T>(first -= channels_), value);
         put(o, value);
-        windowBegin -= channels_;
-        if (first > windowBegin) value = Op{}(load<T>(first -= channels_), value);
       }
     }
   }
