@@ -170,6 +170,48 @@ ZVP_API Status zvpiFilterColumnPipelineGetBufferSize_Low_16s_C3R(RoiSize roiSize
 ZVP_API Status zvpiFilterColumnPipelineGetBufferSize_32f_C1R(RoiSize roiSize, int kernelSize, int* pBufferSize);
 ZVP_API Status zvpiFilterColumnPipelineGetBufferSize_32f_C3R(RoiSize roiSize, int kernelSize, int* pBufferSize);
 
+/* Scharr derivatives (H. Scharr, Optimal Operators in Digital Image Processing, 2000) of an image of w = roiSize.width
+ * by h = roiSize.height pixels: Horiz along x, Vert along y. Both grow with the pixels: a ramp that rises by one from
+ * pixel to pixel has the derivative 32.
+ *
+ * pSrc          read: h rows of w pixels, srcStep bytes apart; with flags also the neighbours on their sides
+ * pDst          written: h rows of w pixels, dstStep bytes apart
+ * borderType    a mode BorderConstant to BorderReflectEdge, with or without flags for sides that are in memory, or
+ *               BorderInMemory. Each axis resolves alone
+ * borderValue   the pixel of BorderConstant
+ * pBuffer       written: work memory of the size that the query of the same name gives
+ *
+ * With s the source and its border, in single precision, every operation rounded, which is exact for pixels that are
+ * whole numbers up to 2^19:
+ *   Horiz  (3 dx(y - 1) + 10 dx(y)) + 3 dx(y + 1)    where dx(j) = s(x + 1, j) - s(x - 1, j)
+ *   Vert   (3 dy(x - 1) + 10 dy(x)) + 3 dy(x + 1)    where dy(i) = s(i, y + 1) - s(i, y - 1)
+ * Which bits a NaN carries is not defined.
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr          pSrc, pDst or pBuffer is null
+ *   ErrSize             width or height < 1
+ *   ErrStep             srcStep or dstStep < 4 w
+ *   ErrStepNotMultiple  a step that is not a multiple of 4
+ *   ErrBadArg           the mode is none of the above; or one of the bits 0xfff0 is set but no flag
+ *   StatusOk */
+ZVP_API Status zvpiFilterScharrHorizBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                                   RoiSize roiSize, BorderType borderType, float borderValue,
+                                                   uint8_t* pBuffer);
+ZVP_API Status zvpiFilterScharrVertBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep,
+                                                  RoiSize roiSize, BorderType borderType, float borderValue,
+                                                  uint8_t* pBuffer);
+
+/* Bytes of work memory that the filter of the same name needs: 4 (w + 2). It may start at any address.
+ *
+ * pBufferSize   written: the number of bytes
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr  pBufferSize is null
+ *   ErrSize     width or height < 1, or the size does not fit 31 bits
+ *   StatusOk */
+ZVP_API Status zvpiFilterScharrHorizBorderGetBufferSize_32f_C1R(RoiSize roiSize, int* pBufferSize);
+ZVP_API Status zvpiFilterScharrVertBorderGetBufferSize_32f_C1R(RoiSize roiSize, int* pBufferSize);
+
 #ifdef __cplusplus
 }
 #endif

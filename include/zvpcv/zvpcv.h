@@ -5,6 +5,7 @@
 #include <zvpcv/arithmetic.h>
 #include <zvpcv/detect.h>
 #include <zvpcv/filter.h>
+#include <zvpcv/geometry.h>
 #include <zvpcv/integral.h>
 #include <zvpcv/morphology.h>
 #include <zvpcv/pyramid.h>

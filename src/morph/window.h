@@ -10,11 +10,11 @@
 #include <algorithm>
 #include <iterator>
 
-#include "simd/simd.h"
+#include "simd/cover.h"
 
 namespace zvp {
 
-using simd::load, simd::store, simd::Pack;
+using simd::coverRow, simd::load, simd::store, simd::Pack;
 
 struct Minimum {
   template <class V>
@@ -29,34 +29,6 @@ struct Maximum {
     return simd::max(a, b);
   }
 };
-
-template <class T, class F>
-struct Cover {
-  F f;
-  int skew;
-
-  template <int N>
-  ZVP_INLINE void over(int n) const {
-    if constexpr (N == 1) {
-      for (int i = 0; i < n; ++i) f.template operator()<1>(i);
-    } else if (n >= N) {
-      if (skew > 0) f.template operator()<N>(0);
-      int i = skew;
-      for (; i <= n - N; i += N) f.template operator()<N>(i);
-      if (i < n) f.template operator()<N>(n - N);
-    } else {
-      constexpr bool kStillARegister = N / 2 * int{sizeof(T)} >= 16;
-      Cover{f, 0}.template over<kStillARegister ? N / 2 : 1>(n);
-    }
-  }
-};
-
-// Applies f to packs of elements that cover a row; where they overlap, f must not care about being applied twice. All
-// packs but the first and the last start `skew` elements (less than a pack) behind a multiple of the pack.
-template <class T, class F>
-ZVP_INLINE void coverRow(int n, F f, int skew = 0) {
-  Cover<T, F>{f, skew}.template over<simd::lanes<T>>(n);
-}
 
 // Elements from p on to the next address that is a multiple of a register.
 template <class T>

@@ -1,0 +1,221 @@
+// Bilinear samples: weights of the four neighbours, and the rows and windows that are made with them.
+#pragma once
+
+#include <math.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "core/rows.h"
+#include "simd/cover.h"
+#include "simd/fixed_point.h"
+
+namespace zvp {
+
+using simd::Pack;
+
+// In single precision, added in the order upper left, upper right, lower left, lower right.
+class FloatWeights {
+ public:
+  using Unit = float;  // whose registers a row is cut into
+
+  FloatWeights(float fx, float fy)
+      : w00_((1.0f - fx) * (1.0f - fy)), w10_(fx * (1.0f - fy)), w01_((1.0f - fx) * fy), w11_(fx * fy) {}
+
+  static constexpr bool fitPacks() { return true; }
+
+  template <class V>
+  ZVP_INLINE V sum(V s00, V s10, V s01, V s11) const {
+    return s00 * w00_ + s10 * w10_ + s01 * w01_ + s11 * w11_;
+  }
+  template <int N, class D, class S>
+  ZVP_INLINE Pack<D, N> at(const S* upper, const S* lower) const {
+    using simd::loadAs;
+    return sum(loadAs<float, N>(upper), loadAs<float, N>(upper + 1), loadAs<float, N>(lower),
+               loadAs<float, N>(lower + 1));
+  }
+  // Where both columns are the same.
+  template <class D, class S>
+  D atEdge(S upper, S lower) const {
+    const auto u = static_cast<float>(upper), l = static_cast<float>(lower);
+    return sum(u, u, l, l);
+  }
+
+ private:
+  float w00_, w10_, w01_, w11_;
+};
+
+// With 14 fractional bits; they add up to one exactly. The result is the sum of products times 2^-scaleFactor, rounded
+// half up and saturated.
+class FixedWeights {
+ public:
+  using Unit = int16_t;
+
+  FixedWeights(float fx, float fy, int scaleFactor = 0)
+      : shift_(kFractionBits + std::min(scaleFactor, kVanishes)), half_(1 << (shift_ - 1)) {
+    const int32_t ax = bits(fx), ay = bits(fy), bx = kOne - ax, by = kOne - ay;
+    w00_ = weight(bx * by), w10_ = weight(ax * by), w01_ = weight(bx * ay), w11_ = weight(ax * ay);
+    const int32_t excess = w00_ + w10_ + w01_ + w11_ - kOne;
+    if (excess > 0) largest() -= excess;
+  }
+
+  // Whether all weights are 16-bit numbers.
+  bool fitPacks() const {
+    const auto [least, most] = std::minmax({w00_, w10_, w01_, w11_});
+    return least >= INT16_MIN && most <= INT16_MAX;
+  }
+
+  template <int N, class D, class S>
+  ZVP_INLINE Pack<D, N> at(const S* upper, const S* lower) const {
+    if constexpr (N == 1) {
+      const auto value = [](const S* p) { return uint32_t{simd::load<S>(p)}; };
+      return scaled<D>(value(upper) * unsignedOf(w00_) + value(upper + 1) * unsignedOf(w10_) +
+                       value(lower) * unsignedOf(w01_) + value(lower + 1) * unsignedOf(w11_));
+    } else {
+      const auto rowSum = [](const S* row, int32_t left, int32_t right) {
+        return simd::pairProducts<N>(words<N>(row), words<N>(row + 1),
+                                     simd::broadcast<int32_t, N / 2>(pair(left, right)));
+      };
+      const simd::Halves<N> above = rowSum(upper, w00_, w10_), below = rowSum(lower, w01_, w11_);
+      return narrowed<N, D, S>(
+          {(above.low + below.low + half_) >> shift_, (above.high + below.high + half_) >> shift_});
+    }
+  }
+  template <class D, class S>
+  D atEdge(S upper, S lower) const {
+    return scaled<D>(uint32_t{upper} * unsignedOf(w00_ + w10_) + uint32_t{lower} * unsignedOf(w01_ + w11_));
+  }
+
+ private:
+  static constexpr int kFractionBits = 14, kVanishes = 16;  // bytes shifted further are 0
+  static constexpr int32_t kOne = 1 << kFractionBits;
+  static constexpr int kBias = 1 << 15;  // brings unsigned words into the range of signed ones
+
+  static int32_t bits(float fraction) { return static_cast<int32_t>(0.5f + static_cast<float>(kOne) * fraction); }
+  static constexpr int32_t weight(int32_t product) { return (product + kOne) >> kFractionBits; }
+  static constexpr uint32_t unsignedOf(int32_t v) { return static_cast<uint32_t>(v); }
+  static constexpr int32_t pair(int32_t left, int32_t right) {
+    return static_cast<int32_t>((unsignedOf(left) & 0xffff) | unsignedOf(right) << 16);
+  }
+
+  // The first that is not smaller than any other.
+  int32_t& largest() {
+    int32_t* largest = &w00_;
+    for (int32_t* w : {&w01_, &w10_, &w11_})
+      if (*w > *largest) largest = w;
+    return *largest;
+  }
+
+  template <class D>
+  D scaled(uint32_t sum) const {
+    const int32_t value = static_cast<int32_t>(sum + unsignedOf(half_)) >> shift_;
+    return static_cast<D>(std::clamp<int32_t>(value, 0, std::numeric_limits<D>::max()));
+  }
+
+  // Words of 16-bit sources are biased; the weights add up to one, so that their sums are too.
+  template <int N, class S>
+  static ZVP_INLINE Pack<int16_t, N> words(const S* p) {
+    if constexpr (sizeof(S) == 1) {
+      return simd::loadWords<N>(p);
+    } else {
+      return biased<N>(simd::load<Pack<int16_t, N>>(p));
+    }
+  }
+  template <int N>
+  static ZVP_INLINE Pack<int16_t, N> biased(Pack<int16_t, N> v) {
+    return v ^ simd::broadcast<int16_t, N>(INT16_MIN);
+  }
+
+  template <int N, class D, class S>
+  static ZVP_INLINE Pack<D, N> narrowed(simd::Halves<N> v) {
+    if constexpr (sizeof(D) == 1) {
+      return simd::narrow<D, N>(simd::narrow<N>(v));
+    } else if constexpr (sizeof(S) == 2) {
+      return Pack<D, N>(biased<N>(simd::narrow<N>(v)));
+    } else {
+      return Pack<D, N>(biased<N>(simd::narrow<N>({v.low - kBias, v.high - kBias})));
+    }
+  }
+
+  int shift_;
+  int32_t half_;
+  int32_t w00_, w10_, w01_, w11_;
+};
+
+// n samples between two rows, of which n + 1 elements each are read.
+template <class Weights, class S, class D>
+ZVP_INLINE void sampleRow(const Weights& weights, const S* upper, const S* lower, D* out, int n) {
+  const auto store = [=, &weights]<int N>(int x) {
+    simd::store(out + x, weights.template at<N, D>(upper + x, lower + x));
+  };
+  if (weights.fitPacks()) return simd::coverRow<typename Weights::Unit>(n, store);
+  for (int x = 0; x < n; ++x) store.template operator()<1>(x);
+}
+
+// A window that reads size.width + 1 columns and size.height + 1 rows from src on.
+template <class Weights, class S, class D>
+void sampleInside(const Weights& weights, Rows<const S> src, Rows<D> dst, RoiSize size) {
+  for (int y = 0; y < size.height; ++y) sampleRow(weights, src.row(y), src.row(int64_t{y} + 1), dst.row(y), size.width);
+}
+
+// The place of a window along one axis: the sample index of its first element and the distance behind it.
+struct WindowAxis {
+  int64_t first;
+  float fraction;
+
+  // A window of `length` samples about a centre. Windows too far away for 32-bit numbers, and those about no number,
+  // lie wholly before the first sample or, the latter too, behind the last one.
+  WindowAxis(float centre, int length, int extent) {
+    constexpr float kIndexLimit = 0x1p31f, kAllWhole = 0x1p24f;
+    const auto n = static_cast<float>(length);
+    const float corner = centre - 0.5f * static_cast<float>(length - 1), shifted = corner + n;
+    if (!(fabsf(shifted) < kIndexLimit)) {
+      first = shifted < 0.0f ? -int64_t{length} : extent;
+      fraction = 0.0f;
+      return;
+    }
+    first = static_cast<int64_t>(shifted) - length;
+    fraction = fabsf(shifted) < kAllWhole ? corner - static_cast<float>(first) : 0.0f;
+  }
+
+  bool isInside(int length, int extent) const { return first >= 0 && first + length < extent; }
+  bool overlaps(int length, int extent) const { return first + length > 0 && first < extent; }
+};
+
+struct SampledRange {
+  int first, last;
+};
+
+// The destination columns (rows) behind the source's first one and with both neighbours inside the source.
+inline SampledRange sampledRange(const WindowAxis& axis, int length, int extent) {
+  if (axis.first >= extent) return {0, -1};
+  return {static_cast<int>(std::clamp<int64_t>(-axis.first, 0, length)),
+          static_cast<int>(std::min<int64_t>(length - 1, extent - 2 - axis.first))};
+}
+
+// A window anywhere: samples outside the source are its nearest pixels.
+template <class Weights, class S, class D>
+void sampleAnywhere(const Weights& weights, Rows<const S> src, RoiSize srcSize, const WindowAxis& x,
+                    const WindowAxis& y, Rows<D> dst, RoiSize size) {
+  const int64_t lastColumn = srcSize.width - 1, lastRow = srcSize.height - 1;
+  const auto before = static_cast<int>(std::clamp<int64_t>(-x.first, 0, size.width));
+  const auto behind = static_cast<int>(std::clamp<int64_t>(lastColumn - x.first, before, size.width));
+  for (int i = 0; i < size.height; ++i) {
+    const S* upper = src.row(std::clamp<int64_t>(y.first + i, 0, lastRow));
+    const S* lower = src.row(std::clamp<int64_t>(y.first + i + 1, 0, lastRow));
+    D* out = dst.row(i);
+    const auto fill = [&](int begin, int end, int64_t column) {
+      if (begin == end) return;
+      const D value = weights.template atEdge<D>(simd::load<S>(upper + column), simd::load<S>(lower + column));
+      for (int k = begin; k < end; ++k) simd::store(out + k, value);
+    };
+    fill(0, before, 0);
+    if (before < behind) {
+      const auto offset = static_cast<ptrdiff_t>(x.first + before);
+      sampleRow(weights, upper + offset, lower + offset, out + before, behind - before);
+    }
+    fill(behind, size.width, lastColumn);
+  }
+}
+
+}  // namespace zvp
