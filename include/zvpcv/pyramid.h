@@ -75,6 +75,93 @@ ZVP_API Status zvpiPyramidInitAlloc(Pyramid** ppPyramid, int level, RoiSize roi,
  * Status: ErrNullPtr when pPyramid is null, else StatusOk */
 ZVP_API Status zvpiPyramidFree(Pyramid* pPyramid);
 
+/* Sparse optical flow: where points of one image are in the next one, by Lucas-Kanade refinement from the coarsest
+ * level of two pyramids down to the images (B. Lucas, T. Kanade, An Iterative Image Registration Technique with an
+ * Application to Stereo Vision, 1981; J.-Y. Bouguet, Pyramidal Implementation of the Lucas Kanade Feature Tracker,
+ * 2000).
+ *
+ * A state serves any number of calls, one at a time, with its window and levels up to its size. */
+typedef struct OpticalFlowState OpticalFlowState;
+
+/* Makes a state: a record whose first seven 32-bit words are width, height, 1, the DataType, a reserved one, hint and
+ * winSize, followed by a pointer to working memory of
+ *   4 x ((12 winSize + 36) x (winSize + 3) + S + 2 x (width + 5) x (height + 5)) + 36 bytes,
+ * S being what zvpiFilterScharrHorizBorderGetBufferSize_32f_C1R reports for (width + 5) x (height + 5) pixels.
+ *
+ * ppState       written: the state; left alone by a failing call
+ * roiSize       the size of the largest level, in pixels
+ * winSize       the side of the square window, in pixels
+ * hint          any number; stored and not used
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr   ppState is null
+ *   ErrSize      winSize, width or height < 1
+ *   ErrNoMemory  an allocation failed, or would exceed 2^31 - 1 bytes; everything has been released
+ *   StatusOk */
+ZVP_API Status zvpiOpticalFlowPyrLKInitAlloc_8u_C1R(OpticalFlowState** ppState, RoiSize roiSize, int winSize, int hint);
+ZVP_API Status zvpiOpticalFlowPyrLKInitAlloc_16u_C1R(OpticalFlowState** ppState, RoiSize roiSize, int winSize,
+                                                     int hint);
+ZVP_API Status zvpiOpticalFlowPyrLKInitAlloc_32f_C1R(OpticalFlowState** ppState, RoiSize roiSize, int winSize,
+                                                     int hint);
+
+/* Tracks numFeat points. A point is a pair of floats (x, y) in pixels of level 0. The arrays must not overlap; like
+ * images they may have any alignment.
+ *
+ * pPyr1, pPyr2  read: the levels 0 to maxLev of the previous and the next image. The scales are those of pPyr1
+ * pPrev         read: the points in the previous image
+ * pNext         read: a first estimate of the points in the next image; to start from no motion, copy pPrev to it.
+ *               Written: the points found. A lost point gets its last estimate; where that has no value (the caller
+ * gave a NaN) the coordinate of pPrev, or 0 where that is no finite number either pStatus       written: 0 for a point
+ * that was found, else the level at which it was lost, plus 1 pError        written: for a point that was found, the
+ * root mean square of the difference between its windows in the two images; 0 for a lost point winSize       the side
+ * of the window; that of the state maxLev        the coarsest level to begin with, at most 126 maxIter       the most
+ * steps that a point makes on a level threshold     in pixels of a level: a step shorter than this is the last one. 0:
+ * never short enough pState        a state; its working memory is written
+ *
+ * On each level, from maxLev down, with I and J the level in the previous and the next image and positions in double
+ * precision:
+ *   - dx, dy are the Scharr derivatives of I with BorderReplicate, times 0.03125.
+ *   - The point is pPrev times rates[level]; the estimate arrives from the level before times rates[level] /
+ *     rates[level + 1], through pNext in single precision. Windows are centred on them, rounded to single precision.
+ *   - The windows of I, dx and dy are made as by zvpiCopySubpix (32f; of I, 8u32f and 16u32f) where they and their
+ *     neighbours lie inside the level, else, and those of J always, as by zvpiCopySubpixIntersect: samples outside are
+ *     the nearest pixels. All samples count.
+ *   - Sums over a window: gxx, gxy, gyy of dx dx, dx dy, dy dy, and bx, by of d dx, d dy with d = I - J (d in single,
+ *     all else in double precision). Sample (x, y) enters partial sum (x mod 8, y mod 2), row by row; then odd rows are
+ *     added to even ones, and partial sums i + 4 to i, i + 2 to i, i + 1 to i.
+ *   - The estimate moves by ((bx gyy - gxy by) / det, (by gxx - gxy bx) / det), det = gxx gyy - gxy gxy, at most
+ * maxIter times. It stops when the squared length of a step is less than threshold squared; or when in both coordinates
+ * the last two steps on the level add up to less than 0.0003452669770922512, moving back by half of the last one. A
+ * point is lost on a level where det is less than 2.220446049250313e-16, where a window of I or J (at each step, and on
+ * level 0 once more after the last one) has no column or no row inside the level, or where a step is no finite number.
+ * Other points are unaffected.
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr  a pointer is null
+ *   ErrSize     numFeat < 1, winSize < 1, or winSize is not that of the state
+ *   ErrBadArg   maxLev < 0 or > 126, maxIter < 1, or threshold is negative or NaN; then maxLev is above the level of
+ *               pPyr1 or pPyr2
+ *   ErrNullPtr  an image of the levels 0 to maxLev is null
+ *   ErrSize     such a level is empty, larger than the size of the state, or not of the same size in both pyramids
+ *   ErrStep     the step of such a level < its width x the element size
+ *   StatusOk */
+ZVP_API Status zvpiOpticalFlowPyrLK_8u_C1R(const Pyramid* pPyr1, const Pyramid* pPyr2, const float* pPrev, float* pNext,
+                                           int8_t* pStatus, float* pError, int numFeat, int winSize, int maxLev,
+                                           int maxIter, float threshold, OpticalFlowState* pState);
+ZVP_API Status zvpiOpticalFlowPyrLK_16u_C1R(const Pyramid* pPyr1, const Pyramid* pPyr2, const float* pPrev,
+                                            float* pNext, int8_t* pStatus, float* pError, int numFeat, int winSize,
+                                            int maxLev, int maxIter, float threshold, OpticalFlowState* pState);
+ZVP_API Status zvpiOpticalFlowPyrLK_32f_C1R(const Pyramid* pPyr1, const Pyramid* pPyr2, const float* pPrev,
+                                            float* pNext, int8_t* pStatus, float* pError, int numFeat, int winSize,
+                                            int maxLev, int maxIter, float threshold, OpticalFlowState* pState);
+
+/* Releases a state of any type.
+ *
+ * Status: ErrNullPtr when pState is null, else StatusOk */
+ZVP_API Status zvpiOpticalFlowPyrLKFree_8u_C1R(OpticalFlowState* pState);
+ZVP_API Status zvpiOpticalFlowPyrLKFree_16u_C1R(OpticalFlowState* pState);
+ZVP_API Status zvpiOpticalFlowPyrLKFree_32f_C1R(OpticalFlowState* pState);
+
 #ifdef __cplusplus
 }
 #endif

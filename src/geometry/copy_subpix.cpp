@@ -6,8 +6,6 @@
 namespace zvp {
 namespace {
 
-// What the fraction of a displacement is raised to in the floating-point members.
-constexpr float kLeastFraction = 1e-6f, kLeastConvertedRow = 1e-9f;
 constexpr int kLeastScaleFactor = -13;
 
 // In 0 .. 1; a displacement that is no finite number counts as 0.
@@ -15,12 +13,6 @@ float fractionOf(float displacement) {
   float fraction = displacement - truncf(displacement);
   if (fraction < 0.0f) fraction += 1.0f;
   return fraction >= 0.0f ? fraction : 0.0f;
-}
-
-template <class S>
-FloatWeights floatWeights(float dx, float dy) {
-  constexpr float kLeastY = std::is_same_v<S, float> ? kLeastFraction : kLeastConvertedRow;
-  return {std::max(fractionOf(dx), kLeastFraction), std::max(fractionOf(dy), kLeastY)};
 }
 
 constexpr Status scaleFactorFits(int scaleFactor) { return check(scaleFactor >= kLeastScaleFactor, ErrBadArg); }
@@ -43,11 +35,7 @@ Status copyIntersect(Rows<const S> src, RoiSize srcRoi, Rows<D> dst, RoiSize dst
     return s;
   const WindowAxis x(point.x, dstRoi.width, srcRoi.width), y(point.y, dstRoi.height, srcRoi.height);
   const Weights weights(x.fraction, y.fraction, scaleFactor...);
-  if (x.isInside(dstRoi.width, srcRoi.width) && y.isInside(dstRoi.height, srcRoi.height)) {
-    sampleInside(weights, Rows<const S>{src.row(y.first) + x.first, src.step}, dst, dstRoi);
-  } else {
-    sampleAnywhere(weights, src, srcRoi, x, y, dst, dstRoi);
-  }
+  sampleWindow(weights, src, srcRoi, x, y, dst, dstRoi);
   const SampledRange columns = sampledRange(x, dstRoi.width, srcRoi.width);
   const SampledRange rows = sampledRange(y, dstRoi.height, srcRoi.height);
   simd::store(min, Point{columns.first, rows.first});
@@ -64,7 +52,7 @@ using zvp::FixedWeights, zvp::FloatWeights, zvp::Rows;
   Status zvpiCopySubpix_##name(const S* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize, float dx, \
                                float dy) {                                                                      \
     return zvp::copySubpix(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize,                                   \
-                           [=] { return zvp::floatWeights<S>(dx, dy); });                                       \
+                           [=] { return zvp::raisedWeights<S>(zvp::fractionOf(dx), zvp::fractionOf(dy)); });    \
   }
 COPY_SUBPIX_FLOAT(16u32f_C1R, uint16_t)
 COPY_SUBPIX_FLOAT(8u32f_C1R, uint8_t)

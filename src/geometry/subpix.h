@@ -45,6 +45,13 @@ class FloatWeights {
   float w00_, w10_, w01_, w11_;
 };
 
+// The weights of the copies by a displacement, which raise the fractions; S is the type of the source.
+template <class S>
+FloatWeights raisedWeights(float fx, float fy) {
+  constexpr float kLeastX = 1e-6f, kLeastY = std::is_same_v<S, float> ? kLeastX : 1e-9f;
+  return {std::max(fx, kLeastX), std::max(fy, kLeastY)};
+}
+
 // With 14 fractional bits; they add up to one exactly. The result is the sum of products times 2^-scaleFactor, rounded
 // half up and saturated.
 class FixedWeights {
@@ -193,10 +200,10 @@ inline SampledRange sampledRange(const WindowAxis& axis, int length, int extent)
           static_cast<int>(std::min<int64_t>(length - 1, extent - 2 - axis.first))};
 }
 
-// A window anywhere: samples outside the source are its nearest pixels.
+// A window that meets an edge: samples outside the source are its nearest pixels.
 template <class Weights, class S, class D>
-void sampleAnywhere(const Weights& weights, Rows<const S> src, RoiSize srcSize, const WindowAxis& x,
-                    const WindowAxis& y, Rows<D> dst, RoiSize size) {
+void sampleAcrossEdges(const Weights& weights, Rows<const S> src, RoiSize srcSize, const WindowAxis& x,
+                       const WindowAxis& y, Rows<D> dst, RoiSize size) {
   const int64_t lastColumn = srcSize.width - 1, lastRow = srcSize.height - 1;
   const auto before = static_cast<int>(std::clamp<int64_t>(-x.first, 0, size.width));
   const auto behind = static_cast<int>(std::clamp<int64_t>(lastColumn - x.first, before, size.width));
@@ -216,6 +223,15 @@ void sampleAnywhere(const Weights& weights, Rows<const S> src, RoiSize srcSize, 
     }
     fill(behind, size.width, lastColumn);
   }
+}
+
+// A window anywhere.
+template <class Weights, class S, class D>
+void sampleWindow(const Weights& weights, Rows<const S> src, RoiSize srcSize, const WindowAxis& x, const WindowAxis& y,
+                  Rows<D> dst, RoiSize size) {
+  if (x.isInside(size.width, srcSize.width) && y.isInside(size.height, srcSize.height))
+    return sampleInside(weights, Rows<const S>{src.row(y.first) + x.first, src.step}, dst, size);
+  sampleAcrossEdges(weights, src, srcSize, x, y, dst, size);
 }
 
 }  // namespace zvp
