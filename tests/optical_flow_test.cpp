@@ -71,11 +71,11 @@ Found track(const Member<T>& member, const Pyramid* a, const Pyramid* b, const s
 
 // --- Accuracy --------------------------------------------------------------------------------------------------------
 
-// A sum of waves of 9 to 90 pixels, 20 .. 230.
+// A sum of waves of 14 to 140 pixels, 20 .. 230.
 double texture(double x, double y) {
   double sum = 0;
   for (int k = 0; k < 12; ++k) {
-    const double length = 9 * pow(10.0, k / 11.0), angle = 2.4 * k;
+    const double length = 14 * pow(10.0, k / 11.0), angle = 2.4 * k;
     sum += sin((x * cos(angle) + y * sin(angle)) * 2 * M_PI / length + k * k);
   }
   return 125 + 105.0 / 12 * sum;
@@ -124,8 +124,8 @@ class Texture {
   std::vector<std::vector<double>> levels_;
 };
 
-constexpr RoiSize kSize{200, 160}, kSmall{32, 24};
-constexpr int kMaxLev = 3, kMargin = 24;
+constexpr RoiSize kSize{320, 240}, kSmall{32, 24};
+constexpr int kMaxLev = 3, kMargin = 40;
 constexpr double kMotions[][2] = {{0.3, -0.45}, {-2.6, 1.37}, {7.07, 7.07}, {-9.9, 0.8}, {0.123, 10}};
 
 TEST(OpticalFlow, FindsKnownMotions) {
@@ -135,8 +135,8 @@ TEST(OpticalFlow, FindsKnownMotions) {
       SCOPED_TRACE(std::string(member.name) + " by " + std::to_string(dx) + ", " + std::to_string(dy));
       const ImagePyramid<T> next(kSize, kMaxLev, 2.0f, Texture<T>(kSize, dx, dy));
       std::vector<float> points;
-      for (int y = kMargin; y < kSize.height - kMargin; y += 9)
-        for (int x = kMargin; x < kSize.width - kMargin; x += 9)
+      for (int y = kMargin; y < kSize.height - kMargin; y += 12)
+        for (int x = kMargin; x < kSize.width - kMargin; x += 12)
           points.insert(points.end(), {static_cast<float>(x) + 0.37f, static_cast<float>(y) + 0.11f});
       const Found found = track(member, previous.record(), next.record(), points, points, {15, kMaxLev});
       std::vector<double> distances;

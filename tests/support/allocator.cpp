@@ -40,7 +40,9 @@ void* zvpMalloc(int numBytes) {
   using namespace zvp::test;
   const std::lock_guard guard(lock);
   if (++count == failAt || numBytes < 1 || numBytes > 1 << 28) return nullptr;
-  auto block = std::make_unique<GuardedBlock>(static_cast<size_t>(numBytes), Placement{});
+  constexpr int kAlignment = 8;  // that of any member of an object
+  const Placement placement{true, (kAlignment - numBytes % kAlignment) % kAlignment};
+  auto block = std::make_unique<GuardedBlock>(static_cast<size_t>(numBytes), placement);
   void* start = block->start();
   blocks.emplace(start, std::move(block));
   return start;
