@@ -165,6 +165,20 @@ TEST(Simd, IntegerOperations) {
 }
 
 template <int N>
+void expectByteBitsAt() {
+  for (unsigned seed = 0; seed < 200; ++seed) {
+    const Elements<uint8_t, N> v(seed);
+    const uint64_t bits = byteBits(v.pack());
+    for (int i = 0; i < 64; ++i) ASSERT_EQ(bits >> i & 1, i < N ? v.v[i] >> 7 : 0) << i;
+  }
+}
+
+TEST(Simd, ByteBits) {
+  expectByteBitsAt<16>();
+  expectByteBitsAt<lanes<uint8_t>>();
+}
+
+template <int N>
 void expectProductsAt() {
   for (unsigned seed = 0; seed < 200; ++seed) {
     const Elements<int64_t, N> a(seed), b(seed + 1000);

@@ -4,6 +4,7 @@
 
 #include <zvpcv/arithmetic.h>
 #include <zvpcv/detect.h>
+#include <zvpcv/distance.h>
 #include <zvpcv/filter.h>
 #include <zvpcv/geometry.h>
 #include <zvpcv/integral.h>

@@ -16,6 +16,7 @@
 //   mulAddBytes, mulAddWords
 //                        products of adjacent elements, added in pairs
 //   broadcastLast        every element becomes the last one
+//   byteBits             one bit of a word for each byte's highest bit
 //   storeStream, fence   stores that pass the caches by
 //
 // This is the only header with intrinsics and processor macros.
@@ -457,6 +458,24 @@ ZVP_INLINE V broadcastLast(V v) {
   } else {
     static_assert(laneCount<V> == 1);
     return v;
+  }
+}
+
+// Bit i is the highest bit of byte i: of a comparison's result, whether it held there.
+template <class V>
+ZVP_INLINE uint64_t byteBits(V v) {
+  if constexpr (sizeof(V) == 16) {
+    return static_cast<uint32_t>(_mm_movemask_epi8(__m128i(v)));
+#if defined(__AVX2__)
+  } else if constexpr (sizeof(V) == 32) {
+    return static_cast<uint32_t>(_mm256_movemask_epi8(__m256i(v)));
+#endif
+#if defined(__AVX512BW__)
+  } else if constexpr (sizeof(V) == 64) {
+    return _mm512_movepi8_mask(__m512i(v));
+#endif
+  } else {
+    static_assert(sizeof(V) == 0, "no such register in this build");
   }
 }
 

@@ -1,0 +1,132 @@
+// Exact Euclidean distance transform. Columns first: the distance to the nearest zero pixel of the column. Then every
+// row is the lower envelope of the parabolas (x - q)^2 + column(q)^2, in integers throughout; only the result is
+// rounded.
+#include <limits>
+
+#include "core/carver.h"
+#include "core/checks.h"
+#include "core/rows.h"
+#include "simd/simd.h"
+#include "zvpcv/distance.h"
+
+namespace zvp {
+namespace {
+
+// No zero pixel in the column. Distances are less than a height.
+constexpr int32_t kNone = INT32_MAX;
+
+constexpr int32_t farther(int32_t distance) { return distance < kNone ? distance + 1 : kNone; }
+
+// Column distances live in the destination, as 32-bit integers, until their row becomes the result.
+int32_t* distances(Rows<float> dst, int64_t y) { return reinterpret_cast<int32_t*>(dst.row(y)); }
+
+// The nearest zero pixel of the column at or above each pixel.
+void lookUp(const uint8_t* src, const int32_t* above, int32_t* row, int width) {
+  for (int x = 0; x < width; ++x) {
+    const int32_t previous = above != nullptr ? simd::load<int32_t>(above + x) : kNone;
+    simd::store(row + x, src[x] == 0 ? 0 : farther(previous));
+  }
+}
+
+// The nearer one of that and the nearest zero pixel below.
+void lookDown(const int32_t* below, int32_t* row, int width) {
+  for (int x = 0; x < width; ++x)
+    simd::store(row + x, simd::min(simd::load<int32_t>(row + x), farther(simd::load<int32_t>(below + x))));
+}
+
+// The lower envelope of the parabolas of a row, from left to right. Int holds w^2 + h^2.
+template <class Int>
+class Envelope {
+ public:
+  Envelope(uint8_t* buffer, size_t width) {
+    Carver carver(buffer);
+    offset_ = carver.take<Int>(width, kAlignment);
+    apex_ = carver.take<int32_t>(width, kAlignment);
+    start_ = carver.take<int32_t>(width, kAlignment);
+  }
+
+  static constexpr size_t kAlignment = 16;
+
+  // A parabola to the right of all the others; x < width are of interest.
+  void add(int32_t apex, Int offset, int width) {
+    while (count_ > 0 && value(count_ - 1, start_[count_ - 1]) > square(start_[count_ - 1] - apex) + offset) --count_;
+    int64_t start = 0;
+    if (count_ > 0) {
+      // Where the new parabola is the lower one for the first time. The loop has left no negative quotient.
+      const Int last = apex_[count_ - 1];
+      const Int rise = square(apex) - square(last) + offset - offset_[count_ - 1];
+      start = int64_t{rise / (2 * (apex - last))} + 1;
+      if (start >= width) return;
+    }
+    apex_[count_] = apex;
+    offset_[count_] = offset;
+    start_[count_] = static_cast<int32_t>(start);
+    ++count_;
+  }
+
+  void write(float* dst, int width) const {
+    for (int k = 0; k < count_; ++k) {
+      const int end = k + 1 < count_ ? start_[k + 1] : width;
+      for (int x = start_[k]; x < end; ++x) simd::store(dst + x, static_cast<float>(value(k, x)));
+    }
+  }
+
+  bool empty() const { return count_ == 0; }
+
+ private:
+  static Int square(Int v) { return v * v; }
+  Int value(int k, Int x) const { return square(x - apex_[k]) + offset_[k]; }
+
+  Int* offset_;  // what a parabola adds to the squared distance from its apex
+  int32_t *apex_, *start_;
+  int count_ = 0;
+};
+
+template <class Int>
+void transformRow(float* row, int width, uint8_t* buffer) {
+  Envelope<Int> envelope(buffer, static_cast<size_t>(width));
+  for (int x = 0; x < width; ++x) {
+    const auto distance = simd::load<int32_t>(row + x);
+    if (distance != kNone) envelope.add(x, Int{distance} * distance, width);
+  }
+  if (!envelope.empty()) return envelope.write(row, width);
+  for (int x = 0; x < width; ++x) simd::store(row + x, std::numeric_limits<float>::max());
+}
+
+template <class Int>
+void trueDistance(Rows<const uint8_t> src, Rows<float> dst, RoiSize roi, uint8_t* buffer) {
+  for (int y = 0; y < roi.height; ++y)
+    lookUp(src.row(y), y > 0 ? distances(dst, y - 1) : nullptr, distances(dst, y), roi.width);
+  for (int y = roi.height - 2; y >= 0; --y) lookDown(distances(dst, y + 1), distances(dst, y), roi.width);
+  for (int y = 0; y < roi.height; ++y) transformRow<Int>(dst.row(y), roi.width, buffer);
+}
+
+// Below this, w^2 + h^2 fits 31 bits.
+constexpr int kSmallSide = 1 << 15;
+
+constexpr int64_t roundUp4(int64_t v) { return (v + 3) / 4 * 4; }
+
+}  // namespace
+}  // namespace zvp
+
+using namespace zvp;
+
+Status zvpiTrueDistanceTransform_8u32f_C1R(const uint8_t* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
+                                           uint8_t* pBuffer) {
+  const Rows src{pSrc, srcStep};
+  const Rows dst{pDst, dstStep};
+  if (Status s = firstFailure(nonNull(src), nonNull(dst), nonNull(pBuffer), nonEmpty(roiSize),
+                              rowsFit(roiSize.width, src), rowsFit(roiSize.width, dst), wholeElements(dst)))
+    return s;
+  const bool small = simd::max(roiSize.width, roiSize.height) < kSmallSide;
+  (small ? trueDistance<int32_t> : trueDistance<int64_t>)(src, dst, roiSize, pBuffer);
+  return StatusOk;
+}
+
+Status zvpiTrueDistanceTransformGetBufferSize_8u32f_C1R(RoiSize roiSize, int* pBufferSize) {
+  if (Status s = firstFailure(nonNull(pBufferSize), nonEmpty(roiSize))) return s;
+  const int64_t bytes = roundUp4(simd::max(roiSize.width, roiSize.height)) * 24 + 56;
+  if (bytes > INT32_MAX) return ErrSize;
+  *pBufferSize = static_cast<int>(bytes);
+  return StatusOk;
+}

@@ -1,0 +1,128 @@
+#include <float.h>
+
+#include <algorithm>
+
+#include "support/checks.h"
+#include "support/image.h"
+#include "zvpcv/distance.h"
+
+namespace zvp::test {
+namespace {
+
+// By comparing each pixel with each zero pixel.
+std::vector<float> plainDistances(const Image<uint8_t>& src) {
+  struct Place {
+    int64_t x, y;
+  };
+  std::vector<Place> zeros;
+  for (int y = 0; y < src.height(); ++y)
+    for (int x = 0; x < src.width(); ++x)
+      if (src.get(y, x) == 0) zeros.push_back({x, y});
+  std::vector<float> distances;
+  for (int64_t y = 0; y < src.height(); ++y)
+    for (int64_t x = 0; x < src.width(); ++x) {
+      int64_t least = INT64_MAX;
+      for (const Place& z : zeros) least = std::min(least, (x - z.x) * (x - z.x) + (y - z.y) * (y - z.y));
+      distances.push_back(zeros.empty() ? FLT_MAX : static_cast<float>(least));
+    }
+  return distances;
+}
+
+void expectEqualsPlain(const Image<uint8_t>& src, unsigned seed) {
+  const RoiSize roi{src.width(), src.height()};
+  const Image<float> dst(roi.width, roi.height, static_cast<int>(seed % 2) * 4, kPlacements[seed % kPlacements.size()]);
+  int size = 0;
+  ASSERT_EQ(zvpiTrueDistanceTransformGetBufferSize_8u32f_C1R(roi, &size), StatusOk);
+  const int shift = static_cast<int>(seed % 32);
+  const GuardedBlock buffer(static_cast<size_t>(size), {shift % 2 == 0, shift / 2});
+  ASSERT_EQ(zvpiTrueDistanceTransform_8u32f_C1R(src.data(), src.step(), dst.data(), dst.step(), roi, buffer.start()),
+            StatusOk);
+  const auto expected = plainDistances(src);
+  ASSERT_TRUE(matches(dst, [&](int y, int x) { return expected[static_cast<size_t>(y * roi.width + x)]; }))
+      << "seed " << seed;
+  for (const auto& outside : {buffer.bytes()}) {
+    const size_t gap = static_cast<size_t>(shift / 2);
+    for (size_t i = 0; i < gap; ++i)
+      ASSERT_EQ(shift % 2 == 0 ? outside[outside.size() - 1 - i] : outside[i], GuardedBlock::kCanary);
+  }
+}
+
+void expectRandomEqualsPlain(RoiSize roi, unsigned zeroEvery, unsigned seed) {
+  const Image<uint8_t> src(roi.width, roi.height, static_cast<int>(seed % 3),
+                           kPlacements[seed / 2 % kPlacements.size()]);
+  std::mt19937 engine(seed);
+  src.fill([&] { return engine() % zeroEvery == 0 ? 0u : 1 + engine() % 255; });
+  expectEqualsPlain(src, seed);
+}
+
+TEST(TrueDistance, EqualsTheComparisonWithEveryZeroPixel) {
+  unsigned seed = 0;
+  for (int height = 1; height <= 12; ++height)
+    for (int width = 1; width <= 12; ++width)
+      for (const unsigned zeroEvery : {2u, 7u, 40u, 1000u})
+        ASSERT_NO_FATAL_FAILURE(expectRandomEqualsPlain({width, height}, zeroEvery, ++seed));
+  for (int width = 13; width <= 150; ++width)
+    for (const unsigned zeroEvery : {3u, 30u, 400u})
+      ASSERT_NO_FATAL_FAILURE(expectRandomEqualsPlain({width, 5 + width % 9}, zeroEvery, ++seed));
+  for (const unsigned zeroEvery : {20u, 300u, 3000u, 10000u})
+    ASSERT_NO_FATAL_FAILURE(expectRandomEqualsPlain({130, 110}, zeroEvery, ++seed));
+}
+
+// Zero pixels in the corners and in the middle of the last row: the farthest intersections, squares beyond 24 bits.
+TEST(TrueDistance, IsCorrectlyRoundedOnLongImages) {
+  for (const RoiSize roi : {RoiSize{9001, 2}, {2, 9001}, {40000, 1}, {1, 40000}, {33000, 3}, {3, 33000}}) {
+    const Image<uint8_t> src(roi.width, roi.height);
+    src.fill([] { return 1; });
+    src.set(0, 0, 0);
+    src.set(roi.height - 1, roi.width / 2, 0);
+    ASSERT_NO_FATAL_FAILURE(expectEqualsPlain(src, static_cast<unsigned>(roi.width)));
+  }
+}
+
+TEST(TrueDistance, HandComputed) {
+  const uint8_t src[] = {1, 1, 1, 1, 1, 1, 0, 1, 1, 1, 1, 1};
+  float dst[12];
+  std::vector<uint8_t> buffer(24 * 12 + 56);
+  ASSERT_EQ(zvpiTrueDistanceTransform_8u32f_C1R(src, 4, dst, 16, {4, 3}, buffer.data()), StatusOk);
+  const float squares[] = {5, 2, 1, 2, 4, 1, 0, 1, 5, 2, 1, 2};  // squared: no root is taken
+  for (int i = 0; i < 12; ++i) EXPECT_EQ(dst[i], squares[i]) << i;
+}
+
+TEST(TrueDistance, ChecksInOrderAndWritesNothing) {
+  const Image<uint8_t> src(6, 2);
+  const Image<float> dst(6, 2);
+  const GuardedBlock buffer(500, {});
+  const auto before = dst.bytes(), bufferBefore = buffer.bytes();
+  expectStandardChecks({"TrueDistanceTransform_8u32f_C1R",
+                        {{src.data(), src.step(), 1}, {dst.data(), dst.step(), 4}},
+                        {buffer.start()},
+                        {6, 2},
+                        [](const auto& o, const auto& p, RoiSize roi) {
+                          return zvpiTrueDistanceTransform_8u32f_C1R(static_cast<const uint8_t*>(o[0].data), o[0].step,
+                                                                     static_cast<float*>(const_cast<void*>(o[1].data)),
+                                                                     o[1].step, roi,
+                                                                     static_cast<uint8_t*>(const_cast<void*>(p[0])));
+                        }});
+  EXPECT_EQ(dst.bytes(), before);
+  EXPECT_EQ(buffer.bytes(), bufferBefore);
+}
+
+TEST(TrueDistance, BufferSize) {
+  struct Expected {
+    RoiSize roi;
+    int bytes;
+  };
+  int size = -1;
+  for (const Expected& e :
+       {Expected{{1, 1}, 152}, {{4, 4}, 152}, {{5, 3}, 248}, {{3, 640}, 15416}, {{641, 9}, 15512}}) {
+    EXPECT_EQ(zvpiTrueDistanceTransformGetBufferSize_8u32f_C1R(e.roi, &size), StatusOk);
+    EXPECT_EQ(size, e.bytes);
+  }
+  EXPECT_EQ(zvpiTrueDistanceTransformGetBufferSize_8u32f_C1R({0, 0}, nullptr), ErrNullPtr);
+  for (const RoiSize roi : {RoiSize{0, 1}, {1, 0}, {-1, 5}, {INT32_MAX, 1}, {1, 89478484}})
+    EXPECT_EQ(zvpiTrueDistanceTransformGetBufferSize_8u32f_C1R(roi, &size), ErrSize);
+  EXPECT_EQ(size, 15512);
+}
+
+}  // namespace
+}  // namespace zvp::test

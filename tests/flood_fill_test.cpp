@@ -1,0 +1,276 @@
+#include <math.h>
+
+#include "support/checks.h"
+#include "support/flood.h"
+
+namespace zvp::test {
+namespace {
+
+int bufferSize(FillRule rule, RoiSize roi) {
+  int size = 0;
+  EXPECT_EQ((rule == FillRule::kGradient ? zvpiFloodFillGetSize_Grad : zvpiFloodFillGetSize)(roi, &size), StatusOk);
+  return size;
+}
+
+template <class T>
+FillCase<T> caseOf(const FillMember<T>& member, const Image<T>& image, RoiSize roi, Point seed) {
+  return {member, image, roi, seed, {}, {}, {}};
+}
+
+// The filled image and the region record are those of the model; the buffer is exactly as large as reported.
+template <class T>
+void expectFills(const FillCase<T>& c, const Filled<T>& expected, int shift) {
+  const int channels = c.member.channels;
+  std::vector<T> before;
+  for (int y = 0; y < c.roi.height; ++y)
+    for (int x = 0; x < c.image.width(); ++x) before.push_back(c.image.get(y, x));
+  const GuardedBlock buffer(static_cast<size_t>(bufferSize(c.member.rule, c.roi)), {shift % 2 == 0, shift / 2});
+  ConnectedComponent region{};
+  ASSERT_EQ(c.member.fill(c.image.data(), c.image.step(), c.roi, c.seed, c.newVal, c.minDelta, c.maxDelta, &region,
+                          buffer.start()),
+            StatusOk);
+  ASSERT_TRUE(matches(c.image, [&](int y, int x) {
+    const size_t i = static_cast<size_t>(y) * static_cast<size_t>(c.image.width()) + static_cast<size_t>(x);
+    return expected.joined[i / static_cast<size_t>(channels)] ? c.newVal[x % channels] : before[i];
+  }));
+  const ConnectedComponent& want = expected.component;
+  ASSERT_EQ(region.area, want.area);
+  for (int i = 0; i < 3; ++i) ASSERT_EQ(region.value[i], want.value[i]);
+  ASSERT_EQ(region.rect.x, want.rect.x);
+  ASSERT_EQ(region.rect.y, want.rect.y);
+  ASSERT_EQ(region.rect.width, want.rect.width);
+  ASSERT_EQ(region.rect.height, want.rect.height);
+  const auto bytes = buffer.bytes();
+  const auto outside = bytes.size() - buffer.size();
+  const auto* guard = shift % 2 == 0 ? bytes.data() : bytes.data() + buffer.size() + shift / 2;
+  for (size_t i = 0; i + static_cast<size_t>(shift / 2) < outside; ++i) ASSERT_EQ(guard[i], GuardedBlock::kCanary);
+}
+
+// Pixels of the figure are near 40, the others near 100 or equal to the new value.
+template <class T>
+void expectFillsFigure(const FillMember<T>& member, RoiSize roi, int kind, unsigned seed) {
+  std::mt19937 engine(seed);
+  const auto upTo = [&](unsigned n) { return static_cast<int>(engine() % n); };
+  const int channels = member.channels;
+  const Image<T> image(roi.width * channels, roi.height, upTo(2) * int{sizeof(T)}, kPlacements[seed % 4]);
+  const Point at{upTo(static_cast<unsigned>(roi.width)), upTo(static_cast<unsigned>(roi.height))};
+  FillCase<T> c = caseOf(member, image, roi, at);
+  const bool exact = member.rule == FillRule::kEqual, withinBounds = upTo(4) == 0;
+  for (int i = 0; i < 3; ++i) {
+    c.newVal[i] = static_cast<T>(withinBounds ? 41 : 200 + i);
+    c.minDelta[i] = static_cast<T>(upTo(3));
+    c.maxDelta[i] = static_cast<T>(upTo(4));
+  }
+  const Figure f = figure(kind, roi, engine);
+  const unsigned spread = exact ? 1 : 1 + static_cast<unsigned>(upTo(5));
+  size_t i = 0;
+  for (int y = 0; y < roi.height; ++y)
+    for (int x = 0; x < roi.width; ++x, ++i)
+      for (int k = 0; k < channels; ++k) {
+        const T outside = upTo(4) == 0 ? c.newVal[k] : static_cast<T>(100 + k);
+        const bool odd = channels == 3 && !f[i] && k != static_cast<int>(engine() % 3);  // one channel differs
+        image.set(y, x * channels + k, f[i] || odd ? static_cast<T>(40 + upTo(spread)) : outside);
+      }
+  bool equalsNewVal = true;
+  for (int k = 0; k < channels; ++k) equalsNewVal = equalsNewVal && c.pixel(at, k) == c.newVal[k];
+  if (equalsNewVal) return;
+  Filled<T> expected = breadthFirst(c);
+  if (member.rule == FillRule::kRange && !c.newValJoins()) {
+    bool forgot;
+    const Filled<T> runs = depthFirstRuns(c, forgot);
+    if (!forgot) {
+      ASSERT_EQ(runs.joined, expected.joined);
+    }
+    expected = runs;
+  }
+  ASSERT_NO_FATAL_FAILURE(expectFills(c, expected, static_cast<int>(seed % 16)))
+      << member.name << ", figure " << kind << ", " << roi.width << "x" << roi.height << ", seed " << seed;
+}
+
+TEST(FloodFill, EqualsTheModelsOnEverySmallImage) {
+  unsigned seed = 0;
+  forEachFill([&](const auto& member) {
+    for (int height = 1; height <= 8; ++height)
+      for (int width = 1; width <= 9; ++width)
+        for (int kind = 0; kind < kFigures; ++kind)
+          ASSERT_NO_FATAL_FAILURE(expectFillsFigure(member, {width, height}, kind, ++seed));
+  });
+}
+
+TEST(FloodFill, EqualsTheModelsOnWideImages) {
+  unsigned seed = 0;
+  forEachFill([&](const auto& member) {
+    for (int width = 10; width <= 300; width += 1 + width / 16)
+      for (int kind = 0; kind < kFigures; ++kind)
+        ASSERT_NO_FATAL_FAILURE(expectFillsFigure(member, {width, 1 + width % 7}, kind, ++seed));
+  });
+}
+
+// One channel of bytes, written as text: a digit is a pixel.
+struct Picture {
+  explicit Picture(std::vector<std::string> text) : rows(std::move(text)), image(width(), height()) {
+    for (int y = 0; y < height(); ++y)
+      for (int x = 0; x < width(); ++x) image.set(y, x, static_cast<uint8_t>(rows[size_t(y)][size_t(x)] - '0'));
+  }
+  int width() const { return static_cast<int>(rows[0].size()); }
+  int height() const { return static_cast<int>(rows.size()); }
+
+  // Deltas: none for equality, else two.
+  template <class Fill, class... Deltas>
+  std::vector<std::string> filled(Fill fill, Point seed, int newVal, Deltas... deltas) {
+    std::vector<uint8_t> buffer(10000);
+    EXPECT_EQ(fill(image.data(), image.step(), {width(), height()}, seed, static_cast<uint8_t>(newVal),
+                   static_cast<uint8_t>(deltas)..., &region, buffer.data()),
+              StatusOk);
+    auto text = rows;
+    for (int y = 0; y < height(); ++y)
+      for (int x = 0; x < width(); ++x) text[size_t(y)][size_t(x)] = static_cast<char>('0' + image.get(y, x));
+    return text;
+  }
+
+  std::vector<std::string> rows;
+  Image<uint8_t> image;
+  ConnectedComponent region{-1, {-1, -1, -1}, {-1, -1, -1, -1}};
+};
+using Text = std::vector<std::string>;
+
+TEST(FloodFill, CheckerboardsJoinAcrossCornersOnly) {
+  EXPECT_EQ(Picture({"101", "010", "101"}).filled(zvpiFloodFill_4Con_8u_C1IR, {1, 1}, 7), (Text{"101", "070", "101"}));
+  Picture corners({"101", "010", "101"});
+  EXPECT_EQ(corners.filled(zvpiFloodFill_8Con_8u_C1IR, {1, 1}, 7), (Text{"707", "070", "707"}));
+  EXPECT_EQ(corners.region.area, 5);
+  EXPECT_EQ(corners.region.value[0], 7);
+  EXPECT_EQ(corners.region.value[1], 0);
+  EXPECT_EQ(corners.region.rect.width, 3);
+}
+
+TEST(FloodFill, ASeedThatEqualsTheNewValueLeavesEverythingUntouched) {
+  Picture equal({"55", "55"}), range({"55", "55"}), gradient({"55", "55"});
+  EXPECT_EQ(equal.filled(zvpiFloodFill_4Con_8u_C1IR, {0, 0}, 5), equal.rows);
+  EXPECT_EQ(range.filled(zvpiFloodFill_Range4Con_8u_C1IR, {0, 0}, 5, 1, 1), range.rows);
+  EXPECT_EQ(gradient.filled(zvpiFloodFill_Grad8Con_8u_C1IR, {0, 0}, 5, 1, 1), gradient.rows);
+  for (const Picture* p : {&equal, &range, &gradient}) {
+    EXPECT_EQ(p->region.area, -1);
+    EXPECT_EQ(p->region.rect.height, -1);
+  }
+}
+
+TEST(FloodFill, RangesIncludeTheirBoundsAndSaturate) {
+  EXPECT_EQ(Picture({"34567"}).filled(zvpiFloodFill_Range4Con_8u_C1IR, {2, 0}, 9, 1, 1), (Text{"39997"}));
+  EXPECT_EQ(Picture({"34567"}).filled(zvpiFloodFill_Range4Con_8u_C1IR, {2, 0}, 9, 255, 0), (Text{"99967"}));
+  EXPECT_EQ(Picture({"34567"}).filled(zvpiFloodFill_Range4Con_8u_C1IR, {2, 0}, 9, 0, 0), (Text{"34967"}));
+  uint16_t row[] = {0, 60000, 65535, 100};
+  ConnectedComponent region;
+  std::vector<uint8_t> buffer(200);
+  EXPECT_EQ(zvpiFloodFill_Range4Con_16u_C1IR(row, 8, {4, 1}, {1, 0}, 1, 500, 65535, &region, buffer.data()), StatusOk);
+  EXPECT_EQ(row[2], 1);
+  EXPECT_EQ(region.area, 2);
+}
+
+// A new value within the bounds, around a hole: a fill that looked at painted pixels again would never end.
+TEST(FloodFill, ARangeThatHoldsTheNewValueFillsOnce) {
+  Picture ring({"5555", "5095", "5555"});
+  EXPECT_EQ(ring.filled(zvpiFloodFill_Range4Con_8u_C1IR, {0, 0}, 6, 1, 1), (Text{"6666", "6096", "6666"}));
+  EXPECT_EQ(ring.region.area, 10);
+}
+
+// Six teeth above: the stack of 12 x 2 / 4 = 6 records takes them all. Seven above a row of 14 fit 7, eight with a row
+// of 14 (at both ends) do not exist; below and above there are fourteen for a stack of 14 x 3 / 4 = 10 records.
+TEST(FloodFill, ARangeFillForgetsWhatTheStackCannotHold) {
+  const std::string teeth = "10101010101010", full = "11111111111111";
+  Picture above({teeth, full});
+  above.filled(zvpiFloodFill_Range4Con_8u_C1IR, {0, 1}, 9, 0, 0);
+  EXPECT_EQ(above.region.area, 21);
+  // Up first: seven teeth are painted and wait. Of those below, three more wait, the next one empties the stack, and
+  // the last three wait again. Rows 0 and 2 are painted all the same; the rectangle holds what was looked at.
+  Picture both({teeth, full, teeth});
+  EXPECT_EQ(both.filled(zvpiFloodFill_Range4Con_8u_C1IR, {0, 1}, 9, 0, 0),
+            (Text{"90909090909090", "99999999999999", "90909090909090"}));
+  EXPECT_EQ(both.region.area, 28);
+  EXPECT_EQ(both.region.rect.y, 1);
+  EXPECT_EQ(both.region.rect.height, 2);
+  // The same with longer teeth: those forgotten do not grow. Equality fills them all.
+  Picture longer({teeth, teeth, full, teeth, teeth});
+  EXPECT_EQ(longer.filled(zvpiFloodFill_4Con_8u_C1IR, {0, 2}, 9)[0], "90909090909090");
+  EXPECT_EQ(longer.region.area, 42);
+}
+
+TEST(FloodFill, GradientsFollowSlopes) {
+  EXPECT_EQ(Picture({"01234568"}).filled(zvpiFloodFill_Grad4Con_8u_C1IR, {3, 0}, 9, 1, 1), (Text{"99999998"}));
+  EXPECT_EQ(Picture({"01234568"}).filled(zvpiFloodFill_Grad4Con_8u_C1IR, {3, 0}, 9, 0, 2), (Text{"01299999"}));
+  EXPECT_EQ(Picture({"3323"}).filled(zvpiFloodFill_Grad4Con_8u_C1IR, {0, 0}, 9, 0, 5), (Text{"9923"}));  // never darker
+  // Each column joins from above although its neighbour in the row does not let it join.
+  EXPECT_EQ(Picture({"1234", "1471"}).filled(zvpiFloodFill_Grad4Con_8u_C1IR, {0, 0}, 9, 0, 3), (Text{"9999", "9991"}));
+}
+
+TEST(FloodFill, FloatsCompareAsNumbers) {
+  const float nan = nanf("");
+  float zeros[] = {0.0f, -0.0f, 1.0f}, nans[] = {nan, nan, nan};
+  ConnectedComponent region{};
+  std::vector<uint8_t> buffer(200);
+  EXPECT_EQ(zvpiFloodFill_4Con_32f_C1IR(zeros, 12, {3, 1}, {1, 0}, 5, &region, buffer.data()), StatusOk);
+  EXPECT_EQ(region.area, 2);
+  EXPECT_EQ(zeros[0], 5.0f);
+  EXPECT_EQ(zvpiFloodFill_4Con_32f_C1IR(nans, 12, {3, 1}, {1, 0}, nan, &region, buffer.data()), StatusOk);
+  EXPECT_EQ(region.area, 1);
+  // 16777216 + 1 is 16777216 in single precision: the next number does not join.
+  float large[] = {16777216.0f, 16777218.0f};
+  EXPECT_EQ(zvpiFloodFill_Grad8Con_32f_C1IR(large, 8, {2, 1}, {0, 0}, 0, 1, 1, &region, buffer.data()), StatusOk);
+  EXPECT_EQ(region.area, 1);
+}
+
+TEST(FloodFill, ChecksInOrderAndWritesNothing) {
+  forEachFill([]<class T>(const FillMember<T>& member) {
+    const Image<T> image(5 * member.channels, 3);
+    image.fill([] { return 3; });
+    const GuardedBlock buffer(2000, {});
+    const T values[] = {1, 1, 1};
+    ConnectedComponent region{-1, {}, {}};
+    const auto before = image.bytes(), bufferBefore = buffer.bytes();
+    for (const Point outside : {Point{-1, 0}, Point{5, 0}, Point{0, -1}, Point{0, 3}, Point{INT32_MAX, INT32_MIN}}) {
+      // The seed is the last check: every other fault is found before it.
+      Call call{member.name,
+                {{image.data(), image.step(), sizeof(T)}},
+                {&region, buffer.start()},
+                {5, 3},
+                [&](const auto& o, const auto& p, RoiSize roi) {
+                  return member.fill(static_cast<T*>(const_cast<void*>(o[0].data)), o[0].step, roi, outside, values,
+                                     values, values, static_cast<ConnectedComponent*>(const_cast<void*>(p[0])),
+                                     static_cast<uint8_t*>(const_cast<void*>(p[1])));
+                }};
+      expectStandardChecks(call);
+      EXPECT_EQ(call(), ErrOutOfRange);
+    }
+    if (member.channels == 3) {
+      for (int i = 0; i < (member.rule == FillRule::kEqual ? 1 : 3); ++i) {
+        const T* v[] = {values, values, values};
+        v[i] = nullptr;
+        EXPECT_EQ(member.fill(image.data(), 0, {0, 0}, {-1, -1}, v[0], v[1], v[2], &region, buffer.start()), ErrNullPtr)
+            << member.name << i;
+      }
+    }
+    EXPECT_EQ(image.bytes(), before);
+    EXPECT_EQ(buffer.bytes(), bufferBefore);
+    EXPECT_EQ(region.area, -1);
+  });
+}
+
+TEST(FloodFill, BufferSizes) {
+  int size = -1;
+  EXPECT_EQ(zvpiFloodFillGetSize({7, 5}, &size), StatusOk);
+  EXPECT_EQ(size, 6 * 35 + 32);
+  EXPECT_EQ(zvpiFloodFillGetSize_Grad({7, 5}, &size), StatusOk);
+  EXPECT_EQ(size, 9 * 7 + 6 * 35 + 32);
+  for (const auto query : {zvpiFloodFillGetSize, zvpiFloodFillGetSize_Grad}) {
+    EXPECT_EQ(query({0, 0}, nullptr), ErrNullPtr);
+    for (const RoiSize roi : {RoiSize{0, 1}, {1, 0}, {-1, -1}, {50000, 50000}, {INT32_MAX, INT32_MAX}, {INT32_MAX, 1}})
+      EXPECT_EQ(query(roi, &size), ErrSize) << roi.width << "x" << roi.height;
+  }
+  EXPECT_EQ(size, 9 * 7 + 6 * 35 + 32);
+  EXPECT_EQ(zvpiFloodFillGetSize({357913935, 1}, &size), StatusOk);
+  EXPECT_EQ(size, 2147483642);
+  EXPECT_EQ(zvpiFloodFillGetSize({357913936, 1}, &size), ErrSize);
+}
+
+}  // namespace
+}  // namespace zvp::test
