@@ -3,6 +3,8 @@
 
 #include <cmath>
 
+#include "simd/fixed_point.h"
+#include "simd/interleave.h"
 #include "support/image.h"
 
 namespace zvp::simd {
@@ -217,6 +219,54 @@ TEST(Simd, FloatOperations) {
   expectFloatsAt<double, 1>();
   expectFloatsAt<double, 4>();
   expectFloatsAt<double, lanes<double>>();
+}
+
+template <int N>
+void expectPhasesAt() {
+  const Elements<float, 2 * N> from(N);
+  const Phases<N> phases = loadPhases<N>(from.v);
+  const Elements<float, N> even(phases.even), odd(phases.odd);
+  float back[2 * N];
+  storePhases<N>(back, phases);
+  for (int i = 0; i < N; ++i) {
+    EXPECT_TRUE(sameBits(even.v[i], from.v[2 * i]));
+    EXPECT_TRUE(sameBits(odd.v[i], from.v[2 * i + 1]));
+    EXPECT_TRUE(sameBits(back[2 * i], from.v[2 * i]));
+    EXPECT_TRUE(sameBits(back[2 * i + 1], from.v[2 * i + 1]));
+  }
+}
+
+template <int N>
+void expectChannelPairsAt() {
+  const Elements<uint8_t, N> from(N);
+  const Elements<uint8_t, N> paired(pairChannels(from.pack())), back(unpairChannels(paired.pack()));
+  for (int i = 0; i < N / 16 * 12; ++i) {
+    EXPECT_EQ(paired.v[i], from.v[i / 6 * 6 + i % 6 / 2 + i % 2 * 3]);
+    EXPECT_EQ(back.v[i], from.v[i]);
+  }
+}
+
+TEST(Simd, Interleaving) {
+  expectPhasesAt<1>();
+  expectPhasesAt<4>();
+  expectPhasesAt<8>();
+  expectPhasesAt<lanes<float>>();
+  expectChannelPairsAt<16>();
+  expectChannelPairsAt<lanes<uint8_t>>();
+}
+
+template <class Byte, int N>
+void expectWordsAt() {
+  const Elements<Byte, N> bytes(N);
+  const Elements<int16_t, N> words(loadWords<N>(bytes.v));
+  for (int i = 0; i < N; ++i) EXPECT_EQ(words.v[i], bytes.v[i]);
+}
+
+TEST(Simd, BytesAsWords) {
+  expectWordsAt<uint8_t, 8>();
+  expectWordsAt<int8_t, 8>();
+  expectWordsAt<uint8_t, lanes<int16_t>>();
+  expectWordsAt<int8_t, lanes<int16_t>>();
 }
 
 }  // namespace

@@ -16,8 +16,8 @@ constexpr int64_t blockBytes(int64_t level) { return level * 44 + 112; }
 
 Pyramid* placeArrays(void* block, int level) {
   const size_t levels = static_cast<size_t>(level) + 1;
-  Carver carver(block);
-  auto* pyramid = carver.take<Pyramid>(1, alignof(Pyramid));
+  auto* pyramid = static_cast<Pyramid*>(block);
+  Carver carver(pyramid + 1);
   pyramid->roiSizes = carver.take<RoiSize>(levels, 8);
   carver.take<uint8_t>(kGap, 1);
   pyramid->images = carver.take<uint8_t*>(levels, sizeof(uint8_t*));

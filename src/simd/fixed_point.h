@@ -49,18 +49,22 @@ template <int N>
 ZVP_INLINE Pack<int16_t, N> loadWords(const int16_t* p) {
   return load<Pack<int16_t, N>>(p);
 }
-template <int N>
-ZVP_INLINE Pack<int16_t, N> loadWords(const uint8_t* p) {
+template <int N, class Byte>
+requires(sizeof(Byte) == 1) ZVP_INLINE Pack<int16_t, N> loadWords(const Byte* p) {
   using To = Pack<int16_t, N>;
+  constexpr bool isSigned = std::is_signed_v<Byte>;
   if constexpr (N == 8) {
-    return To(_mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+    const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+    return To(isSigned ? _mm_cvtepi8_epi16(v) : _mm_cvtepu8_epi16(v));
 #if defined(__AVX2__)
   } else if constexpr (N == 16) {
-    return To(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    return To(isSigned ? _mm256_cvtepi8_epi16(v) : _mm256_cvtepu8_epi16(v));
 #endif
 #if defined(__AVX512BW__)
   } else if constexpr (N == 32) {
-    return To(_mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))));
+    const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+    return To(isSigned ? _mm512_cvtepi8_epi16(v) : _mm512_cvtepu8_epi16(v));
 #endif
   } else {
     static_assert(N < 0, "no such load in this build");

@@ -1,0 +1,73 @@
+// Layer reduction: filters the rows, then across rows, and samples what comes out at every multiple of the rate.
+#include "pyramid/layer.h"
+
+namespace zvp {
+namespace {
+
+template <int channels, class T>
+class Reduction {
+ public:
+  Reduction(Rows<const T> src, RoiSize size, RoiSize result, PyramidLayerState& state)
+      : src_(src),
+        size_(size),
+        state_(state),
+        ring_(state, size.height),
+        sampleRow_(state, result.width, [this](int64_t x) { return place(x, size_.width); }),
+        elements_(int64_t{result.width} * channels) {}
+
+  void makeRow(int64_t y, T* out) {
+    const Sample sample = place(y, size_.height);
+    for (int64_t row = sample.from; row <= sample.from + (sample.between ? 1 : 0); ++row) provide(row);
+    blendRows(sample, state_.pair[sample.from % 2], state_.pair[(sample.from + 1) % 2], elements_, out);
+  }
+
+ private:
+  Sample place(int64_t result, int64_t n) const {
+    if (state_.path != LayerPath::kAnyRate) return {std::min(2 * result, n - 1), 0.0f, false};
+    return sampleAt(state_.rate * static_cast<float>(result), n);
+  }
+
+  // Filters and samples a row into its place in state.pair.
+  void provide(int64_t row) {
+    if (row <= provided_) return;
+    provided_ = row;
+    ring_.filter(row, int64_t{size_.width} * channels, state_.whole, [this](int64_t r) {
+      toFloats(src_.row(r), int64_t{size_.width} * channels, state_.padded);
+      filterRow<channels>(state_, size_.width, state_.ringRow(r));
+    });
+    sampleRow_(state_.whole, state_.pair[row % 2]);
+  }
+
+  Rows<const T> src_;
+  RoiSize size_;
+  PyramidLayerState& state_;
+  RowRing ring_;
+  RowSampler<channels> sampleRow_;
+  int64_t elements_, provided_ = -1;
+};
+
+template <int channels, class T>
+Status reduce(Rows<const T> src, RoiSize srcRoi, Rows<T> dst, RoiSize dstRoi, PyramidLayerState* state) {
+  if (Status s = checkLayers<channels>(src, srcRoi, dst, dstRoi, state)) return s;
+  if (!fitsInto(srcRoi, state->base) || !sameSize(dstRoi, reducedSize(srcRoi, state->rate))) return ErrSize;
+  Reduction<channels, T> reduction(src, srcRoi, dstRoi, *state);
+  for (int64_t y = 0; y < dstRoi.height; ++y) reduction.makeRow(y, dst.row(y));
+  return StatusOk;
+}
+
+}  // namespace
+}  // namespace zvp
+
+#define ZVP_LAYER_DOWN(NAME, T, CHANNELS)                                                                              \
+  Status zvpiPyramidLayerDown_##NAME(const T* pSrc, int srcStep, RoiSize srcRoi, T* pDst, int dstStep, RoiSize dstRoi, \
+                                     PyramidLayerState* pState) {                                                      \
+    return zvp::reduce<CHANNELS>(zvp::Rows<const T>{pSrc, srcStep}, srcRoi, zvp::Rows<T>{pDst, dstStep}, dstRoi,       \
+                                 pState);                                                                              \
+  }
+
+ZVP_LAYER_DOWN(8u_C1R, uint8_t, 1)
+ZVP_LAYER_DOWN(8u_C3R, uint8_t, 3)
+ZVP_LAYER_DOWN(16u_C1R, uint16_t, 1)
+ZVP_LAYER_DOWN(16u_C3R, uint16_t, 3)
+ZVP_LAYER_DOWN(32f_C1R, float, 1)
+ZVP_LAYER_DOWN(32f_C3R, float, 3)

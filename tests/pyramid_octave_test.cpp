@@ -1,0 +1,210 @@
+// Octave reduction and expansion against plain sums, their borders by hand, work memory, checks.
+#include "support/checks.h"
+#include "support/filter.h"
+#include "support/image.h"
+#include "zvpcv/pyramid.h"
+
+namespace zvp::test {
+namespace {
+
+template <class T>
+using Octave = Status (*)(const T*, int, T*, int, RoiSize, uint8_t*);
+using BufferSize = Status (*)(int, DataType, int, int*);
+
+template <class T>
+struct Member {
+  const char* name;
+  int channels;
+  DataType type;
+  Octave<T> down, up;
+};
+
+template <class Body>
+void forEachMember(Body body) {
+#define MEMBER(NAME, T, CHANNELS, TYPE) \
+  body(Member<T>{#NAME, CHANNELS, TYPE, zvpiPyrDown_Gauss5x5_##NAME, zvpiPyrUp_Gauss5x5_##NAME})
+  MEMBER(8u_C1R, uint8_t, 1, DataType8u);
+  MEMBER(8u_C3R, uint8_t, 3, DataType8u);
+  MEMBER(8s_C1R, int8_t, 1, DataType8s);
+  MEMBER(8s_C3R, int8_t, 3, DataType8s);
+  MEMBER(32f_C1R, float, 1, DataType32f);
+  MEMBER(32f_C3R, float, 3, DataType32f);
+#undef MEMBER
+}
+
+int mirrored(int i, int n) { return n == 1 ? 0 : i < 0 ? -i : i >= n ? 2 * (n - 1) - i : i; }
+
+// The sum for result i along an axis of n; at(j) is the source's value j.
+struct PlainDown {
+  static constexpr int divisor = 256;
+  static int resultSize(int n) { return (n + 1) / 2; }
+
+  template <class At>
+  static auto sum(int i, int n, At at) {
+    if (n < 3) return (at(0) + at(n - 1)) * 8;
+    const auto tap = [&](int k) { return at(mirrored(2 * i + k - 2, n)); };
+    return (((tap(0) + 4 * tap(1)) + 6 * tap(2)) + 4 * tap(3)) + tap(4);
+  }
+};
+
+struct PlainUp {
+  static constexpr int divisor = 64;
+  static int resultSize(int n) { return 2 * n; }
+
+  template <class At>
+  static auto sum(int i, int n, At at) {
+    const int j = i / 2, next = std::min(j + 1, n - 1);
+    if (i % 2 == 1 || n == 1) return 4 * at(j) + 4 * at(next);
+    return (at(std::abs(j - 1)) + 6 * at(j)) + at(next);
+  }
+};
+
+template <class Plain, class T>
+T plainResult(const Image<T>& src, int channels, int y, int element) {
+  using Sum = std::conditional_t<std::is_same_v<T, float>, float, int>;
+  const int x = element / channels, c = element % channels;
+  const auto rowSum = [&](int row) {
+    return Plain::sum(x, src.width() / channels,
+                      [&](int column) { return static_cast<Sum>(src.get(row, column * channels + c)); });
+  };
+  const Sum sum = Plain::sum(y, src.height(), rowSum);
+  if constexpr (std::is_same_v<T, float>) {
+    return sum * (1.0f / Plain::divisor);
+  } else {
+    return static_cast<T>(floor((sum + Plain::divisor / 2) / double{Plain::divisor}));
+  }
+}
+
+template <class Plain, class T>
+void expectEqualsPlain(const Member<T>& member, Octave<T> function, BufferSize query, RoiSize size, unsigned seed) {
+  const Placement placement = kPlacements[seed % kPlacements.size()];
+  const int gap = static_cast<int>(seed % 3 * sizeof(T));
+  const Image<T> src(size.width * member.channels, size.height, gap, placement);
+  const Image<T> dst(Plain::resultSize(size.width) * member.channels, Plain::resultSize(size.height), gap, placement);
+  src.fill(FiniteValues<T>(seed));
+  int bytes = 0;
+  ASSERT_EQ(query(size.width, member.type, member.channels, &bytes), StatusOk);
+  const GuardedBlock buffer(static_cast<size_t>(bytes), {seed % 2 == 0, static_cast<int>(seed % 67)});
+  ASSERT_EQ(function(src.data(), src.step(), dst.data(), dst.step(), size, buffer.start()), StatusOk);
+  ASSERT_TRUE(matches(dst, [&](int y, int x) { return plainResult<Plain>(src, member.channels, y, x); }))
+      << member.name;
+}
+
+template <class T>
+void expectBothEqualPlain(const Member<T>& member, RoiSize size, unsigned seed) {
+  expectEqualsPlain<PlainDown>(member, member.down, zvpiPyrDownGetBufSize_Gauss5x5, size, seed);
+  expectEqualsPlain<PlainUp>(member, member.up, zvpiPyrUpGetBufSize_Gauss5x5, size, seed);
+}
+
+TEST(PyramidOctave, EqualsThePlainSumsAtEverySize) {
+  forEachMember([](const auto& member) {
+    unsigned seed = 0;
+    for (int height = 1; height <= 7; ++height)
+      for (int width = 1; width <= 21; ++width)
+        ASSERT_NO_FATAL_FAILURE(expectBothEqualPlain(member, {width, height}, ++seed));
+    for (int width = 22; width <= 150; ++width)  // more than two registers of results in the widest build
+      ASSERT_NO_FATAL_FAILURE(expectBothEqualPlain(member, {width, 3 + width % 3}, ++seed));
+    ASSERT_NO_FATAL_FAILURE(expectBothEqualPlain(member, {5, 40}, ++seed));
+  });
+}
+
+template <class T>
+std::vector<T> run(Octave<T> function, const std::vector<T>& src, RoiSize size, RoiSize result) {
+  std::vector<T> dst(static_cast<size_t>(result.width * result.height));
+  std::vector<uint8_t> buffer(4096);
+  const int pixel = sizeof(T);
+  EXPECT_EQ(function(src.data(), size.width * pixel, dst.data(), result.width * pixel, size, buffer.data()), StatusOk);
+  return dst;
+}
+
+using U8 = std::vector<uint8_t>;
+using S8 = std::vector<int8_t>;
+using F32 = std::vector<float>;
+
+TEST(PyramidOctave, ReductionMirrorsOnAllSides) {
+  const auto down = zvpiPyrDown_Gauss5x5_8u_C1R;
+  // 6 10 + 8 20 + 2 30 = 280; 10 + 80 + 180 + 160 + 50 = 480; 6 50 + 8 40 + 2 30 = 680; each x 16 / 256
+  EXPECT_EQ(run(down, U8{10, 20, 30, 40, 50}, {5, 1}, {3, 1}), (U8{18, 30, 43}));
+  EXPECT_EQ(run(down, U8{10, 20, 30, 40, 50}, {1, 5}, {1, 3}), (U8{18, 30, 43}));
+  // An even width: 6 16 + 8 32 + 2 64 = 480; 16 + 4 32 + 7 64 + 4 128 = 1104
+  EXPECT_EQ(run(down, U8{16, 32, 64, 128}, {4, 1}, {2, 1}), (U8{30, 69}));
+  EXPECT_EQ(run(down, U8{255}, {1, 1}, {1, 1}), U8{255});
+  EXPECT_EQ(run(down, U8{10, 21}, {2, 1}, {1, 1}), U8{16}) << "a half is rounded up";
+  EXPECT_EQ(run(down, U8{1, 2, 3, 4}, {2, 2}, {1, 1}), U8{3});
+}
+
+TEST(PyramidOctave, ExpansionMirrorsBeforeAndRepeatsAfter) {
+  const auto up = zvpiPyrUp_Gauss5x5_8u_C1R;
+  EXPECT_EQ(run(up, U8{0, 255}, {2, 1}, {4, 2}), (U8{64, 128, 223, 255, 64, 128, 223, 255}));
+  EXPECT_EQ(run(up, U8{0, 255}, {1, 2}, {2, 4}), (U8{64, 64, 128, 128, 223, 223, 255, 255}));
+  EXPECT_EQ(run(up, U8{77}, {1, 1}, {2, 2}), (U8{77, 77, 77, 77}));
+  // Between 8 and 64: (6 8 + 2 64) / 8, (8 + 64) / 2, (8 + 7 64) / 8, 64
+  EXPECT_EQ(run(up, U8{8, 64}, {2, 1}, {4, 2}), (U8{22, 36, 57, 64, 22, 36, 57, 64}));
+}
+
+TEST(PyramidOctave, SignedResultsAreRoundedDown) {
+  const auto down = zvpiPyrDown_Gauss5x5_8s_C1R, up = zvpiPyrUp_Gauss5x5_8s_C1R;
+  EXPECT_EQ(run(down, S8{-1, -2}, {2, 1}, {1, 1}), S8{-1}) << "-1.5 + 0.5";
+  EXPECT_EQ(run(down, S8{-2, -3, -3, -3}, {2, 2}, {1, 1}), S8{-3}) << "-2.75 + 0.5 = -2.25";
+  EXPECT_EQ(run(down, S8{-128}, {1, 1}, {1, 1}), S8{-128});
+  EXPECT_EQ(run(up, S8{-1, -2}, {2, 1}, {4, 2}), (S8{-1, -1, -2, -2, -1, -1, -2, -2})) << "-1.25, -1.5, -1.875, -2";
+}
+
+TEST(PyramidOctave, OneFloatPixelIsKept) {
+  for (const float v : {0.1f, -3.3e-12f, 1.7e7f}) {
+    EXPECT_EQ(run(zvpiPyrDown_Gauss5x5_32f_C1R, F32{v}, {1, 1}, {1, 1}), F32{v});
+    EXPECT_EQ(run(zvpiPyrUp_Gauss5x5_32f_C1R, F32{v}, {1, 1}, {2, 2}), (F32{v, v, v, v}));
+  }
+}
+
+template <class T>
+void expectChecks(const Member<T>& member, Octave<T> function, RoiSize result) {
+  const RoiSize roi{6, 3};
+  const Image<T> src(roi.width * member.channels, roi.height), dst(result.width * member.channels, result.height);
+  const GuardedBlock buffer(4096, {});
+  const auto before = dst.bytes(), bufferBefore = buffer.bytes();
+  const int size = sizeof(T);
+  expectStandardChecks({member.name,
+                        {{src.data(), src.step(), size}, {dst.data(), dst.step(), size}},
+                        {buffer.start()},
+                        roi,
+                        [function](const auto& o, const auto& others, RoiSize s) {
+                          return function(static_cast<const T*>(o[0].data), o[0].step,
+                                          static_cast<T*>(const_cast<void*>(o[1].data)), o[1].step, s,
+                                          static_cast<uint8_t*>(const_cast<void*>(others[0])));
+                        }});
+  EXPECT_EQ(dst.bytes(), before);
+  EXPECT_EQ(buffer.bytes(), bufferBefore);
+}
+
+TEST(PyramidOctave, ChecksInOrderAndWritesNothing) {
+  forEachMember([](const auto& member) {
+    expectChecks(member, member.down, {3, 2});
+    expectChecks(member, member.up, {12, 6});
+  });
+}
+
+TEST(PyramidOctave, BufferSizes) {
+  struct Expected {
+    int width, channels, down, up;
+  };
+  for (const Expected e : {Expected{1, 1, 160, 112}, {4, 1, 160, 160}, {5, 1, 256, 208}, {640, 3, 46144, 46144}})
+    for (const DataType type : {DataType8u, DataType8s, DataType32f}) {
+      int down = 0, up = 0;
+      EXPECT_EQ(zvpiPyrDownGetBufSize_Gauss5x5(e.width, type, e.channels, &down), StatusOk);
+      EXPECT_EQ(zvpiPyrUpGetBufSize_Gauss5x5(e.width, type, e.channels, &up), StatusOk);
+      EXPECT_EQ(std::pair(down, up), std::pair(e.down, e.up)) << e.width;
+    }
+  for (const BufferSize query : {zvpiPyrDownGetBufSize_Gauss5x5, zvpiPyrUpGetBufSize_Gauss5x5}) {
+    int size = 77;
+    EXPECT_EQ(query(0, 2, 2, nullptr), ErrNullPtr);
+    EXPECT_EQ(query(0, 2, 2, &size), ErrSize);
+    EXPECT_EQ(query(1, 2, 2, &size), ErrNumChannels);
+    EXPECT_EQ(query(1, DataType16u, 1, &size), ErrDataType);
+    EXPECT_EQ(query(INT32_MAX, DataType8u, 3, &size), ErrSize) << "beyond 31 bits";
+    EXPECT_EQ(size, 77);
+  }
+}
+
+}  // namespace
+}  // namespace zvp::test
