@@ -37,6 +37,7 @@ std::vector<Case> integralCases();
 std::vector<Case> detectCases();
 std::vector<Case> filterCases();
 std::vector<Case> morphologyCases();
+std::vector<Case> pyramidCases();
 
 // Measured once, by the call instead of by the pixel: what builds and inspects objects.
 std::vector<Case> detectObjectCases();

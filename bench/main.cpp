@@ -203,8 +203,8 @@ void startBenchmarkLibrary(char* programName) {
 
 std::vector<Case> imageCases() {
   std::vector<Case> all;
-  for (const auto& cases :
-       {arithmeticCases(), accumulateCases(), integralCases(), detectCases(), filterCases(), morphologyCases()})
+  for (const auto& cases : {arithmeticCases(), accumulateCases(), integralCases(), detectCases(), filterCases(),
+                            morphologyCases(), pyramidCases()})
     all.insert(all.end(), cases.begin(), cases.end());
   return all;
 }
