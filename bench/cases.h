@@ -36,6 +36,7 @@ std::vector<Case> arithmeticCases();
 std::vector<Case> integralCases();
 std::vector<Case> detectCases();
 std::vector<Case> filterCases();
+std::vector<Case> geometryCases();
 std::vector<Case> morphologyCases();
 std::vector<Case> pyramidCases();
 
