@@ -39,6 +39,7 @@ std::vector<Case> filterCases();
 std::vector<Case> geometryCases();
 std::vector<Case> morphologyCases();
 std::vector<Case> pyramidCases();
+std::vector<Case> opticalFlowCases();
 
 // Measured once, by the call instead of by the pixel: what builds and inspects objects.
 std::vector<Case> detectObjectCases();

@@ -204,7 +204,7 @@ void startBenchmarkLibrary(char* programName) {
 std::vector<Case> imageCases() {
   std::vector<Case> all;
   for (const auto& cases : {arithmeticCases(), accumulateCases(), integralCases(), detectCases(), filterCases(),
-                            geometryCases(), morphologyCases(), pyramidCases()})
+                            geometryCases(), morphologyCases(), pyramidCases(), opticalFlowCases()})
     all.insert(all.end(), cases.begin(), cases.end());
   return all;
 }
