@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Builds zvpCV on a fresh Debian 12 machine, finds the faces in a photograph and filters it: a sample, or your own.
+# Without one it also tracks points from the left to the right picture of a stereo camera.
 #
 #   demo.sh [PHOTO.png|PHOTO.jpg]
 #
@@ -40,3 +41,10 @@ sheet=$root/out/${name%.*}-filters.png
 say "Filtering $photo"
 "$root/build/demo/bin/filter" "$photo" --output "$sheet"
 say "The sheet with the filtered pictures is $sheet"
+
+[ $# -eq 0 ] || exit 0
+left=$root/build/photos/motorcycle_left.png right=$root/build/photos/motorcycle_right.png
+motion=$root/out/motorcycle-motion.png
+say "Tracking points from $left to $right"
+"$root/build/demo/bin/track" "$left" "$right" --output "$motion"
+say "The picture with the arrows is $motion"
