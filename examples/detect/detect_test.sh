@@ -70,6 +70,7 @@ test_cascades() {
 
 test_options() {
   refuses "scale step 1" --scale-step ramp.png --scale-step 1
+  refuses "scale step beyond 10" --scale-step ramp.png --scale-step 10.5
   refuses "scale step nan" --scale-step ramp.png --scale-step nan
   refuses "no neighbours" --min-neighbours ramp.png --min-neighbours 0
 }
@@ -110,8 +111,8 @@ best_is_face() { # X Y SIDE
 test_face() {
   "$program" "$1/astronaut.png" >stdout
   count $? "astronaut.png is scanned"
-  grep -q ' in 751259 windows ' stdout
-  count $? "every position is judged once: the sum of (round(512 / 1.2^k) - 19)^2"
+  grep -q ' in 755519 windows at 19 scales' stdout
+  count $? "every position is judged once: the sum of (side - 19)^2 over the layers of 512, 427, 356, ... 21 pixels"
   best_is_face 176 66 96 <stdout
   count $? "the face in astronaut.png: $(cat stdout)"
   "$program" detected.png --output again.png >/dev/null

@@ -32,14 +32,16 @@ struct Options {
 };
 
 void declareOptions(CLI::App& app, Options& options) {
-  const auto aboveOne = [](const std::string& text) {
-    double value;
-    return CLI::detail::lexical_cast(text, value) && value > 1 ? "" : "must be a number above 1";
+  const auto isRate = [](const std::string& text) {
+    float value;
+    const bool valid = CLI::detail::lexical_cast(text, value) && value > 1 && value <= 10;
+    return valid ? "" : "must be a number above 1, at most 10";
   };
   app.add_option("image", options.photo, "The photograph, a PNG or JPEG file")->required();
   app.add_option("--cascade", options.cascade, "The cascade to apply")->capture_default_str();
-  app.add_option("--scale-step", options.scaleStep, "Ratio between one size of the photograph and the next, above 1")
-      ->check(aboveOne)
+  app.add_option("--scale-step", options.scaleStep,
+                 "Ratio between one size of the photograph and the next, above 1, at most 10")
+      ->check(isRate)
       ->capture_default_str();
   app.add_option("--min-neighbours", options.minNeighbours, "Windows that must agree on a box")
       ->check(CLI::Range(1, std::numeric_limits<int>::max()))

@@ -6,7 +6,7 @@
 #include <cmath>
 
 #include "common/error.h"
-#include "resize.h"
+#include "layers.h"
 
 namespace examples {
 namespace {
@@ -61,9 +61,15 @@ bool applyStages(const Cascade& cascade, Tables& tables) {
 
 // One size of the photograph.
 struct Level {
-  GrayImage image;
+  const GrayImage& image;
   double scaleX, scaleY;  // pixels of the photograph per pixel, exactly, since sizes are rounded
   double side;            // of the window, in pixels of the photograph
+
+  Level(const GrayImage& layer, RoiSize photo, int window)
+      : image(layer),
+        scaleX(double(photo.width) / image.width()),
+        scaleY(double(photo.height) / image.height()),
+        side(window * std::sqrt(scaleX * scaleY)) {}
 };
 
 void scanTile(const Level& level, Rect tile, const Cascade& cascade, ScanResult& result) {
@@ -87,25 +93,17 @@ void scanLevel(const Level& level, const Cascade& cascade, ScanResult& result) {
       scanTile(level, {x, y, std::min(kTileSide, width - x), std::min(kTileSide, height - y)}, cascade, result);
 }
 
-RoiSize sizeAt(const GrayImage& image, double scale) {
-  return {static_cast<int>(std::lround(image.width() / scale)), static_cast<int>(std::lround(image.height() / scale))};
-}
-
-Level levelAt(const GrayImage& image, double scale, int window) {
-  const RoiSize size = sizeAt(image, scale);
-  return {shrinkByArea(image, size), double(image.width()) / size.width, double(image.height()) / size.height,
-          window * scale};
-}
-
 bool fits(int window, RoiSize size) { return window <= size.width && window <= size.height; }
 
 }  // namespace
 
 ScanResult scan(const GrayImage& image, const Cascade& cascade, double scaleStep, const Progress& progress) {
   ScanResult result;
-  for (double scale = 1; fits(cascade.window, sizeAt(image, scale)); scale *= scaleStep) {
-    progress(1 - 1 / (scale * scale));  // what is left shrinks like the area
-    scanLevel(levelAt(image, scale, cascade.window), cascade, result);
+  LayerReducer reducer(image.size(), static_cast<float>(scaleStep));
+  for (GrayImage layer = image; fits(cascade.window, layer.size()); layer = reducer.next(layer)) {
+    const Level level(layer, image.size(), cascade.window);
+    progress(1 - 1 / (level.scaleX * level.scaleY));  // what is left shrinks like the area
+    scanLevel(level, cascade, result);
     ++result.scales;
   }
   return result;

@@ -21,8 +21,8 @@ struct ScanResult {
 // Called before each scale with the share of the windows that are done, 0 to 1.
 using Progress = std::function<void(double)>;
 
-// Judges the windows of the image, then of the image shrunk by scaleStep (> 1), by its square and so on, as long as the
-// window fits. Throws Error where the cascade accepts so many windows that it tells nothing.
+// Judges the windows of the image, then of the layers of its pyramid, each smaller by scaleStep (above 1, at most 10),
+// as long as the window fits. Throws Error where the cascade accepts so many windows that it tells nothing.
 ScanResult scan(const GrayImage& image, const Cascade& cascade, double scaleStep, const Progress& progress);
 
 }  // namespace examples
