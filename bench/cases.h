@@ -40,6 +40,8 @@ std::vector<Case> geometryCases();
 std::vector<Case> morphologyCases();
 std::vector<Case> pyramidCases();
 std::vector<Case> opticalFlowCases();
+std::vector<Case> featuresCases();
+std::vector<Case> segmentCases();
 
 // Measured once, by the call instead of by the pixel: what builds and inspects objects.
 std::vector<Case> detectObjectCases();

@@ -203,8 +203,9 @@ void startBenchmarkLibrary(char* programName) {
 
 std::vector<Case> imageCases() {
   std::vector<Case> all;
-  for (const auto& cases : {arithmeticCases(), accumulateCases(), integralCases(), detectCases(), filterCases(),
-                            geometryCases(), morphologyCases(), pyramidCases(), opticalFlowCases()})
+  for (const auto& cases :
+       {arithmeticCases(), accumulateCases(), integralCases(), detectCases(), filterCases(), geometryCases(),
+        morphologyCases(), pyramidCases(), opticalFlowCases(), featuresCases(), segmentCases()})
     all.insert(all.end(), cases.begin(), cases.end());
   return all;
 }
