@@ -7,9 +7,9 @@
  * tap that meets the output's own pixel; the column kernel has none: its tap i meets row y + i of the row array.
  *
  * Arithmetic of the integer members. R = 1.0f / (float)divisor in single precision.
- *   - If the absolute values of the taps add up to less than 65535, the sum of products is exact and S = (float)sum x
- * R. Otherwise every tap is converted to single precision and multiplied by R first, and S is the sum of products in
- *     single precision, tap 0 first, each product rounded before it is added.
+ *   - If the absolute values of the taps add up to less than 65535, the sum of products is exact and S is the sum
+ *     converted to single precision, times R. Otherwise every tap is converted to single precision and multiplied by R
+ *     first, and S is the sum of products in single precision, tap 0 first, each product rounded before it is added.
  *   - Rounded outputs: S to the nearest integer, ties to even, saturated to the output type.
  *   - Truncated outputs: S clamped to the output type's range, then truncated toward zero.
  * Arithmetic of the Low members. r = the integer part of 16384.0f / (float)divisor.

@@ -14,10 +14,11 @@ extern "C" {
  * (x, y) of the destination is the weighted sum of the source pixels (x, y), (x + 1, y), (x, y + 1), (x + 1, y + 1).
  *
  * pSrc          read: h + 1 rows of w + 1 pixels, srcStep bytes apart. The whole part of the displacement moves
- * nothing: the region is read from pSrc on pDst          written: h rows of w pixels, dstStep bytes apart dx, dy the
- * displacement in pixels. Its fraction is f = d - trunc(d), in single precision, plus 1 if that is negative: -0.25 does
- * what 0.75 does. Infinities and NaN count as 0 scaleFactor   8u16u: -13 or more; the result is multiplied by
- * 2^-scaleFactor
+ *               nothing: the region is read from pSrc on
+ * pDst          written: h rows of w pixels, dstStep bytes apart
+ * dx, dy        the displacement in pixels. Its fraction is f = d - trunc(d), in single precision, plus 1 if that is
+ *               negative: -0.25 does what 0.75 does. Infinities and NaN count as 0
+ * scaleFactor   8u16u: -13 or more; the result is multiplied by 2^-scaleFactor
  *
  * Members with 32f destinations: fx is raised to at least 1e-6; fy to at least 1e-6 (32f) or 1e-9 (8u32f, 16u32f). In
  * single precision, every operation rounded:
@@ -57,7 +58,8 @@ ZVP_API Status zvpiCopySubpix_32f_C1R(const float* pSrc, int srcStep, float* pDs
  * pDst          written: dstRoiSize.height rows of n = dstRoiSize.width pixels, dstStep bytes apart
  * point         the centre of the window in source pixels
  * pMin, pMax    written: the columns pMin->x to pMax->x and the rows pMin->y to pMax->y of the destination were
- * computed from neighbours inside the source; there are none where pMax is less than pMin scaleFactor   as above
+ *               computed from neighbours inside the source; there are none where pMax is less than pMin
+ * scaleFactor   as above
  *
  * Per coordinate, in single precision, for a source of m columns (rows alike): the window starts at
  * t = point.x - 0.5 (n - 1); i = trunc(t + n) - n is its first column and f = t - i the fraction. Where t + n does not

@@ -324,12 +324,15 @@ ZVP_API Status zvpiOpticalFlowPyrLKInitAlloc_32f_C1R(OpticalFlowState** ppState,
  * pPrev         read: the points in the previous image
  * pNext         read: a first estimate of the points in the next image; to start from no motion, copy pPrev to it.
  *               Written: the points found. A lost point gets its last estimate; where that has no value (the caller
- * gave a NaN) the coordinate of pPrev, or 0 where that is no finite number either pStatus       written: 0 for a point
- * that was found, else the level at which it was lost, plus 1 pError        written: for a point that was found, the
- * root mean square of the difference between its windows in the two images; 0 for a lost point winSize       the side
- * of the window; that of the state maxLev        the coarsest level to begin with, at most 126 maxIter       the most
- * steps that a point makes on a level threshold     in pixels of a level: a step shorter than this is the last one. 0:
- * never short enough pState        a state; its working memory is written
+ *               gave a NaN) the coordinate of pPrev, or 0 where that is no finite number either
+ * pStatus       written: 0 for a point that was found, else the level at which it was lost, plus 1
+ * pError        written: for a point that was found, the root mean square of the difference between its windows in
+ *               the two images; 0 for a lost point
+ * winSize       the side of the window; that of the state
+ * maxLev        the coarsest level to begin with, at most 126
+ * maxIter       the most steps that a point makes on a level
+ * threshold     in pixels of a level: a step shorter than this is the last one. 0: never short enough
+ * pState        a state; its working memory is written
  *
  * On each level, from maxLev down, with I and J the level in the previous and the next image and positions in double
  * precision:
@@ -343,11 +346,12 @@ ZVP_API Status zvpiOpticalFlowPyrLKInitAlloc_32f_C1R(OpticalFlowState** ppState,
  *     all else in double precision). Sample (x, y) enters partial sum (x mod 8, y mod 2), row by row; then odd rows are
  *     added to even ones, and partial sums i + 4 to i, i + 2 to i, i + 1 to i.
  *   - The estimate moves by ((bx gyy - gxy by) / det, (by gxx - gxy bx) / det), det = gxx gyy - gxy gxy, at most
- * maxIter times. It stops when the squared length of a step is less than threshold squared; or when in both coordinates
- * the last two steps on the level add up to less than 0.0003452669770922512, moving back by half of the last one. A
- * point is lost on a level where det is less than 2.220446049250313e-16, where a window of I or J (at each step, and on
- * level 0 once more after the last one) has no column or no row inside the level, or where a step is no finite number.
- * Other points are unaffected.
+ *     maxIter times. It stops when the squared length of a step is less than threshold squared; or when in both
+ *     coordinates the last two steps on the level add up to less than 0.0003452669770922512, moving back by half of
+ *     the last one.
+ * A point is lost on a level where det is less than 2.220446049250313e-16, where a window of I or J (at each step, and
+ * on level 0 once more after the last one) has no column or no row inside the level, or where a step is no finite
+ * number. Other points are unaffected.
  *
  * Status, in the order of the checks:
  *   ErrNullPtr  a pointer is null
