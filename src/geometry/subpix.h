@@ -28,11 +28,18 @@ class FloatWeights {
   ZVP_INLINE V sum(V s00, V s10, V s01, V s11) const {
     return s00 * w00_ + s10 * w10_ + s01 * w01_ + s11 * w11_;
   }
+  // What a row gives to the samples above and below it.
+  template <int N>
+  struct Row {
+    Pack<float, N> left, right;
+  };
+  template <int N, class S>
+  ZVP_INLINE Row<N> row(const S* p) const {
+    return {simd::loadAs<float, N>(p), simd::loadAs<float, N>(p + 1)};
+  }
   template <int N, class D, class S>
-  ZVP_INLINE Pack<D, N> at(const S* upper, const S* lower) const {
-    using simd::loadAs;
-    return sum(loadAs<float, N>(upper), loadAs<float, N>(upper + 1), loadAs<float, N>(lower),
-               loadAs<float, N>(lower + 1));
+  ZVP_INLINE Pack<D, N> at(const Row<N>& upper, const Row<N>& lower) const {
+    return sum(upper.left, upper.right, lower.left, lower.right);
   }
   // Where both columns are the same.
   template <class D, class S>
@@ -72,18 +79,30 @@ class FixedWeights {
     return least >= INT16_MIN && most <= INT16_MAX;
   }
 
-  template <int N, class D, class S>
-  ZVP_INLINE Pack<D, N> at(const S* upper, const S* lower) const {
+  struct Neighbours {
+    uint32_t left, right;
+  };
+  template <int N>
+  using Row = std::conditional_t<N == 1, Neighbours, simd::Halves<N == 1 ? 8 : N>>;
+
+  template <int N, class S>
+  ZVP_INLINE Row<N> row(const S* p) const {
     if constexpr (N == 1) {
-      const auto value = [](const S* p) { return uint32_t{simd::load<S>(p)}; };
-      return scaled<D>(value(upper) * unsignedOf(w00_) + value(upper + 1) * unsignedOf(w10_) +
-                       value(lower) * unsignedOf(w01_) + value(lower + 1) * unsignedOf(w11_));
+      return {simd::load<S>(p), simd::load<S>(p + 1)};
     } else {
-      const auto rowSum = [](const S* row, int32_t left, int32_t right) {
-        return simd::pairProducts<N>(words<N>(row), words<N>(row + 1),
-                                     simd::broadcast<int32_t, N / 2>(pair(left, right)));
+      return simd::pairs<N>(words<N>(p), words<N>(p + 1));
+    }
+  }
+  template <int N, class D, class S>
+  ZVP_INLINE Pack<D, N> at(const Row<N>& upper, const Row<N>& lower) const {
+    if constexpr (N == 1) {
+      return scaled<D>(upper.left * unsignedOf(w00_) + upper.right * unsignedOf(w10_) + lower.left * unsignedOf(w01_) +
+                       lower.right * unsignedOf(w11_));
+    } else {
+      const auto weighted = [](const Row<N>& row, int32_t left, int32_t right) {
+        return simd::pairProducts<N>(row, simd::broadcast<int32_t, N / 2>(pair(left, right)));
       };
-      const simd::Halves<N> above = rowSum(upper, w00_, w10_), below = rowSum(lower, w01_, w11_);
+      const Row<N> above = weighted(upper, w00_, w10_), below = weighted(lower, w01_, w11_);
       return narrowed<N, D, S>(
           {(above.low + below.low + half_) >> shift_, (above.high + below.high + half_) >> shift_});
     }
@@ -149,20 +168,89 @@ class FixedWeights {
   int32_t w00_, w10_, w01_, w11_;
 };
 
-// n samples between two rows, of which n + 1 elements each are read.
+template <class T>
+ZVP_INLINE T* movedBy(T* p, ptrdiff_t bytes) {
+  return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(p) + static_cast<uintptr_t>(bytes));
+}
+
+// Rows of a source from top to bottom, the first and the last one being repeated beyond them.
+template <class S>
+struct RowWalk {
+  const S* p;
+  int64_t y, last;
+  ptrdiff_t step;
+
+  RowWalk(Rows<const S> src, int64_t first, int64_t lastRow)
+      : p(src.row(std::clamp<int64_t>(first, 0, lastRow))), y(first), last(lastRow), step(src.step) {}
+
+  ZVP_INLINE void next() {
+    p = movedBy(p, static_cast<uint64_t>(y) < static_cast<uint64_t>(last) ? step : 0);
+    ++y;
+  }
+};
+
+// n samples in each row of dst; n + 1 elements of each row of the walk are read. Down first: what a source row gives to
+// the samples above it, it gives to those below it too.
 template <class Weights, class S, class D>
-ZVP_INLINE void sampleRow(const Weights& weights, const S* upper, const S* lower, D* out, int n) {
-  const auto store = [=, &weights]<int N>(int x) {
-    simd::store(out + x, weights.template at<N, D>(upper + x, lower + x));
+ZVP_INLINE void sampleColumns(const Weights weights, const RowWalk<S> src, D* dst, ptrdiff_t dstStep, int rows, int n) {
+  const auto column = [=]<int N>(int x) __attribute__((always_inline)) {
+    RowWalk<S> walk = src;
+    D* out = dst + x;
+    auto upper = weights.template row<N>(walk.p + x);
+    for (int y = 0; y < rows; ++y, out = movedBy(out, dstStep)) {
+      walk.next();
+      const auto lower = weights.template row<N>(walk.p + x);
+      simd::store(out, weights.template at<N, D, S>(upper, lower));
+      upper = lower;
+    }
   };
-  if (weights.fitPacks()) return simd::coverRow<typename Weights::Unit>(n, store);
-  for (int x = 0; x < n; ++x) store.template operator()<1>(x);
+  if (weights.fitPacks()) return simd::coverRow<typename Weights::Unit>(n, column);
+  for (int x = 0; x < n; ++x) column.template operator()<1>(x);
+}
+
+// The same where both columns of the source are one.
+template <class Weights, class S, class D>
+void sampleEdge(const Weights weights, RowWalk<S> walk, D* dst, ptrdiff_t dstStep, int rows, int n) {
+  for (int y = 0; y < rows; ++y, dst = movedBy(dst, dstStep)) {
+    const S upper = simd::load<S>(walk.p);
+    walk.next();
+    const D value = weights.template atEdge<D>(upper, simd::load<S>(walk.p));
+    simd::coverRow<D>(n, [=]<int N>(int x) { simd::store(dst + x, simd::broadcast<D, N>(value)); });
+  }
+}
+
+// The columns and rows of a source that exist: 0 to these.
+struct LastPixel {
+  int64_t column, row;
+};
+
+// A window from a column and row on that may lie anywhere; columns and rows outside the source are its nearest ones.
+template <class Weights, class S, class D>
+void sampleFrom(int64_t column, int64_t row, const Weights& weights, Rows<const S> src, LastPixel last, Rows<D> dst,
+                RoiSize size) {
+  constexpr int kTogether = 8;  // rows: few enough to stay in one way of the nearest cache each
+  const auto before = static_cast<int>(std::clamp<int64_t>(-column, 0, size.width));
+  const auto behind = static_cast<int>(std::clamp<int64_t>(last.column - column, before, size.width));
+  for (int y = 0; y < size.height; y += kTogether) {
+    const int rows = std::min(kTogether, size.height - y);
+    const auto walkFrom = [&](int64_t x) {
+      RowWalk<S> walk(src, row + y, last.row);
+      walk.p += x;
+      return walk;
+    };
+    D* out = dst.row(y);
+    if (before > 0) sampleEdge(weights, walkFrom(0), out, dst.step, rows, before);
+    if (before < behind)
+      sampleColumns(weights, walkFrom(column + before), out + before, dst.step, rows, behind - before);
+    if (behind < size.width)
+      sampleEdge(weights, walkFrom(last.column), out + behind, dst.step, rows, size.width - behind);
+  }
 }
 
 // A window that reads size.width + 1 columns and size.height + 1 rows from src on.
 template <class Weights, class S, class D>
 void sampleInside(const Weights& weights, Rows<const S> src, Rows<D> dst, RoiSize size) {
-  for (int y = 0; y < size.height; ++y) sampleRow(weights, src.row(y), src.row(int64_t{y} + 1), dst.row(y), size.width);
+  sampleFrom(0, 0, weights, src, {size.width, size.height}, dst, size);
 }
 
 // The place of a window along one axis: the sample index of its first element and the distance behind it.
@@ -200,38 +288,11 @@ inline SampledRange sampledRange(const WindowAxis& axis, int length, int extent)
           static_cast<int>(std::min<int64_t>(length - 1, extent - 2 - axis.first))};
 }
 
-// A window that meets an edge: samples outside the source are its nearest pixels.
-template <class Weights, class S, class D>
-void sampleAcrossEdges(const Weights& weights, Rows<const S> src, RoiSize srcSize, const WindowAxis& x,
-                       const WindowAxis& y, Rows<D> dst, RoiSize size) {
-  const int64_t lastColumn = srcSize.width - 1, lastRow = srcSize.height - 1;
-  const auto before = static_cast<int>(std::clamp<int64_t>(-x.first, 0, size.width));
-  const auto behind = static_cast<int>(std::clamp<int64_t>(lastColumn - x.first, before, size.width));
-  for (int i = 0; i < size.height; ++i) {
-    const S* upper = src.row(std::clamp<int64_t>(y.first + i, 0, lastRow));
-    const S* lower = src.row(std::clamp<int64_t>(y.first + i + 1, 0, lastRow));
-    D* out = dst.row(i);
-    const auto fill = [&](int begin, int end, int64_t column) {
-      if (begin == end) return;
-      const D value = weights.template atEdge<D>(simd::load<S>(upper + column), simd::load<S>(lower + column));
-      for (int k = begin; k < end; ++k) simd::store(out + k, value);
-    };
-    fill(0, before, 0);
-    if (before < behind) {
-      const auto offset = static_cast<ptrdiff_t>(x.first + before);
-      sampleRow(weights, upper + offset, lower + offset, out + before, behind - before);
-    }
-    fill(behind, size.width, lastColumn);
-  }
-}
-
-// A window anywhere.
+// A window anywhere: samples outside the source are its nearest pixels.
 template <class Weights, class S, class D>
 void sampleWindow(const Weights& weights, Rows<const S> src, RoiSize srcSize, const WindowAxis& x, const WindowAxis& y,
                   Rows<D> dst, RoiSize size) {
-  if (x.isInside(size.width, srcSize.width) && y.isInside(size.height, srcSize.height))
-    return sampleInside(weights, Rows<const S>{src.row(y.first) + x.first, src.step}, dst, size);
-  sampleAcrossEdges(weights, src, srcSize, x, y, dst, size);
+  sampleFrom(x.first, y.first, weights, src, {int64_t{srcSize.width} - 1, int64_t{srcSize.height} - 1}, dst, size);
 }
 
 }  // namespace zvp

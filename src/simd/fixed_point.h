@@ -71,12 +71,25 @@ requires(sizeof(Byte) == 1) ZVP_INLINE Pack<int16_t, N> loadWords(const Byte* p)
   }
 }
 
-// a x s + b x t, element by element; every pair (s, t) is one 32-bit number with s in the lower half.
+// Elements of a and b side by side, a's in the lower halves of the 32-bit numbers.
 template <int N>
-ZVP_INLINE Halves<N> pairProducts(Pack<int16_t, N> a, Pack<int16_t, N> b, Pack<int32_t, N / 2> pairs) {
+ZVP_INLINE Halves<N> pairs(Pack<int16_t, N> a, Pack<int16_t, N> b) {
   using Half = Pack<int32_t, N / 2>;
-  const Register<N> x = Register<N>(a), y = Register<N>(b), st = Register<N>(pairs);
-  return {Half(addPairProducts(interleaveLow(x, y), st)), Half(addPairProducts(interleaveHigh(x, y), st))};
+  const Register<N> x = Register<N>(a), y = Register<N>(b);
+  return {Half(interleaveLow(x, y)), Half(interleaveHigh(x, y))};
+}
+
+// a x s + b x t, element by element, from pairs of a and b; every pair (s, t) is one 32-bit number with s in the lower
+// half.
+template <int N>
+ZVP_INLINE Halves<N> pairProducts(Halves<N> ab, Pack<int32_t, N / 2> st) {
+  using Half = Pack<int32_t, N / 2>;
+  const Register<N> factors = Register<N>(st);
+  return {Half(addPairProducts(Register<N>(ab.low), factors)), Half(addPairProducts(Register<N>(ab.high), factors))};
+}
+template <int N>
+ZVP_INLINE Halves<N> pairProducts(Pack<int16_t, N> a, Pack<int16_t, N> b, Pack<int32_t, N / 2> st) {
+  return pairProducts<N>(pairs<N>(a, b), st);
 }
 
 template <int N>
