@@ -16,7 +16,9 @@ using Targets = std::span<const Target>;
 Targets arithmeticTargets();
 Targets detectTargets();
 Targets filterTargets();
+Targets geometryTargets();
 Targets integralTargets();
 Targets morphologyTargets();
+Targets opticalFlowTargets();
 
 }  // namespace fuzz

@@ -6,8 +6,8 @@ namespace {
 
 std::vector<Target> allTargets() {
   std::vector<Target> all;
-  for (const Targets family :
-       {arithmeticTargets(), detectTargets(), filterTargets(), integralTargets(), morphologyTargets()})
+  for (const Targets family : {arithmeticTargets(), detectTargets(), filterTargets(), geometryTargets(),
+                               integralTargets(), morphologyTargets(), opticalFlowTargets()})
     all.insert(all.end(), family.begin(), family.end());
   return all;
 }

@@ -518,6 +518,11 @@ TEST(OpticalFlow, ChecksInOrderAndWritesNothing) {
       p->steps[1] = 16 * int{sizeof(T)} - 1;
       EXPECT_EQ(with(valid, [](auto&) {}), ErrStep);
       EXPECT_EQ(with(valid, [&](auto& g) { g.state = small; }), ErrSize);
+      if (sizeof(T) > 1) {
+        p->steps[1] += 2 * int{sizeof(T)};
+        EXPECT_EQ(with(valid, [](auto&) {}), ErrStepNotMultiple);
+        p->steps[1] -= 2 * int{sizeof(T)};
+      }
       uint8_t* image = p->images[2];
       p->images[2] = nullptr;
       EXPECT_EQ(with(valid, [&](auto& g) { g.state = small; }), ErrNullPtr);

@@ -361,6 +361,7 @@ ZVP_API Status zvpiOpticalFlowPyrLKInitAlloc_32f_C1R(OpticalFlowState** ppState,
  *   ErrNullPtr  an image of the levels 0 to maxLev is null
  *   ErrSize     such a level is empty, larger than the size of the state, or not of the same size in both pyramids
  *   ErrStep     the step of such a level < its width x the element size
+ *   ErrStepNotMultiple  16u, 32f: such a step is not a multiple of the element size
  *   StatusOk */
 ZVP_API Status zvpiOpticalFlowPyrLK_8u_C1R(const Pyramid* pPyr1, const Pyramid* pPyr2, const float* pPrev, float* pNext,
                                            int8_t* pStatus, float* pError, int numFeat, int winSize, int maxLev,

@@ -125,17 +125,16 @@ class LevelTracker {
     sampleWindow(weights, src, level_.size, place.x, place.y, windows_.rowsOf(window), windowSize());
   }
 
-  void sampleDerivative(const float* derivative, const WindowPlace& place, double* window) const {
-    sample(Rows<const float>{derivative, level_.size.width * int{sizeof(float)}}, place, windows_.next);
-    for (size_t i = 0; i < windows_.samples(); ++i) window[i] = windows_.next[i];
+  Rows<const float> levelRows(const float* derivative) const {
+    return {derivative, level_.size.width * int{sizeof(float)}};
   }
 
   bool takePrevious(Position point) const {
     const WindowPlace place(point, winSize_, level_.size);
     if (!place.overlaps(winSize_, level_.size)) return false;
     sample(level_.previous, place, windows_.previous);
-    sampleDerivative(derivatives_.dx, place, windows_.dx);
-    sampleDerivative(derivatives_.dy, place, windows_.dy);
+    sample(levelRows(derivatives_.dx), place, windows_.singleDx);
+    sample(levelRows(derivatives_.dy), place, windows_.singleDy);
     return true;
   }
 
@@ -202,7 +201,7 @@ int trackLevel(const LevelTracker<T>& tracker, const FlowPoints& points, int lev
 
 template <class T>
 Status checkLevels(const Pyramid& a, const Pyramid& b, const OpticalFlowState& state, int maxLev) {
-  bool present = true, sized = true, stepped = true;
+  bool present = true, sized = true, stepped = true, whole = true;
   for (int l = 0; l <= maxLev; ++l) {
     const RoiSize size = a.roiSizes[l];
     present = present && a.images[l] != nullptr && b.images[l] != nullptr;
@@ -210,8 +209,10 @@ Status checkLevels(const Pyramid& a, const Pyramid& b, const OpticalFlowState& s
             size.height <= state.height;
     const int64_t rowBytes = int64_t{size.width} * int64_t{sizeof(T)};
     stepped = stepped && a.steps[l] >= rowBytes && b.steps[l] >= rowBytes;
+    whole = whole && a.steps[l] % int{sizeof(T)} == 0 && b.steps[l] % int{sizeof(T)} == 0;
   }
-  return firstFailure(check(present, ErrNullPtr), check(sized, ErrSize), check(stepped, ErrStep));
+  return firstFailure(check(present, ErrNullPtr), check(sized, ErrSize), check(stepped, ErrStep),
+                      check(whole, ErrStepNotMultiple));
 }
 
 template <class T>
@@ -229,8 +230,8 @@ Status opticalFlow(const Pyramid* previous, const Pyramid* next, const FlowPoint
 
   Carver memory(state->buffer);
   const FlowWindows windows(winSize, memory);
-  memset(windows.previous, 0, windows.samples() * sizeof(float));
-  memset(windows.next, 0, windows.samples() * sizeof(float));
+  for (float* window : {windows.previous, windows.next, windows.singleDx, windows.singleDy})
+    memset(window, 0, windows.samples() * sizeof(float));
   const FlowDerivatives derivatives({state->width, state->height}, memory);
   memset(points.status, maxLev + 1, static_cast<size_t>(points.count));
   const Iteration iteration{maxIter, double(threshold) * threshold};

@@ -25,6 +25,7 @@ struct FlowWindows {
   static constexpr int kColumns = 8;
 
   float *previous, *next;
+  float *singleDx, *singleDy;  // as they are sampled
   double *dx, *dy;
   int stride, rows;
 
@@ -32,6 +33,8 @@ struct FlowWindows {
       : stride((winSize + kColumns - 1) / kColumns * kColumns), rows((winSize + 1) / 2 * 2) {
     previous = memory.take<float>(samples(), kAlignment);
     next = memory.take<float>(samples(), kAlignment);
+    singleDx = memory.take<float>(samples(), kAlignment);
+    singleDy = memory.take<float>(samples(), kAlignment);
     dx = memory.take<double>(samples(), kAlignment);
     dy = memory.take<double>(samples(), kAlignment);
   }

@@ -43,10 +43,15 @@ struct GradientMatrix {
   double determinant() const { return xx * yy - xy * xy; }
 };
 
+// Converts the derivatives on the way.
 inline GradientMatrix gradientMatrix(const FlowWindows& windows) {
   using V = simd::Pack<double, simd::lanes<double>>;
+  using F = simd::Pack<float, simd::lanes<double>>;
   const auto [xx, xy, yy] = sumOver<3>(windows, [&](int i) {
-    const V dx = simd::load<V>(windows.dx + i), dy = simd::load<V>(windows.dy + i);
+    const V dx = simd::convert<double>(simd::load<F>(windows.singleDx + i));
+    const V dy = simd::convert<double>(simd::load<F>(windows.singleDy + i));
+    simd::store(windows.dx + i, dx);
+    simd::store(windows.dy + i, dy);
     return std::array<V, 3>{dx * dx, dx * dy, dy * dy};
   });
   return {xx, xy, yy};
