@@ -20,5 +20,6 @@ Targets geometryTargets();
 Targets integralTargets();
 Targets morphologyTargets();
 Targets opticalFlowTargets();
+Targets pyramidTargets();
 
 }  // namespace fuzz

@@ -7,7 +7,7 @@ namespace {
 std::vector<Target> allTargets() {
   std::vector<Target> all;
   for (const Targets family : {arithmeticTargets(), detectTargets(), filterTargets(), geometryTargets(),
-                               integralTargets(), morphologyTargets(), opticalFlowTargets()})
+                               integralTargets(), morphologyTargets(), opticalFlowTargets(), pyramidTargets()})
     all.insert(all.end(), family.begin(), family.end());
   return all;
 }

@@ -1,9 +1,11 @@
 // Each operation of the vector vocabulary against the same operation on single elements, at every width of this build.
 #include "simd/simd.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "simd/fixed_point.h"
+#include "simd/gather.h"
 #include "simd/interleave.h"
 #include "support/image.h"
 
@@ -221,18 +223,22 @@ TEST(Simd, FloatOperations) {
   expectFloatsAt<double, lanes<double>>();
 }
 
-template <int N>
+template <int N, int channels>
 void expectPhasesAt() {
-  const Elements<float, 2 * N> from(N);
-  const Phases<N> phases = loadPhases<N>(from.v);
+  const Elements<float, 5 * N> from(N);  // more than any pack of these reads
+  const Phases<N> phases = loadPhases<N, channels>(from.v);
   const Elements<float, N> even(phases.even), odd(phases.odd);
+  const Strided<N> strided = loadStrided<N, channels>(from.v);
   float back[2 * N];
-  storePhases<N>(back, phases);
-  for (int i = 0; i < N; ++i) {
-    EXPECT_TRUE(sameBits(even.v[i], from.v[2 * i]));
-    EXPECT_TRUE(sameBits(odd.v[i], from.v[2 * i + 1]));
-    EXPECT_TRUE(sameBits(back[2 * i], from.v[2 * i]));
-    EXPECT_TRUE(sameBits(back[2 * i + 1], from.v[2 * i + 1]));
+  storePhases<N, channels>(back, phases);
+  for (int i = 0; i < N / channels * channels; ++i) {
+    const int at = i / channels * 2 * channels + i % channels;
+    EXPECT_TRUE(sameBits(even.v[i], from.v[at]));
+    EXPECT_TRUE(sameBits(odd.v[i], from.v[at + channels]));
+    EXPECT_TRUE(sameBits(back[at], from.v[at]));
+    EXPECT_TRUE(sameBits(back[at + channels], from.v[at + channels]));
+    for (int k = 0; k < 5; ++k)
+      EXPECT_TRUE(sameBits(Elements<float, N>(strided.pack[k]).v[i], from.v[at + k * channels])) << k;
   }
 }
 
@@ -247,10 +253,11 @@ void expectChannelPairsAt() {
 }
 
 TEST(Simd, Interleaving) {
-  expectPhasesAt<1>();
-  expectPhasesAt<4>();
-  expectPhasesAt<8>();
-  expectPhasesAt<lanes<float>>();
+  expectPhasesAt<4, 1>();
+  expectPhasesAt<8, 1>();
+  expectPhasesAt<lanes<float>, 1>();
+  expectPhasesAt<4, 3>();
+  if constexpr (lanes<float> == 16) expectPhasesAt<lanes<float>, 3>();
   expectChannelPairsAt<16>();
   expectChannelPairsAt<lanes<uint8_t>>();
 }
@@ -260,6 +267,31 @@ void expectWordsAt() {
   const Elements<Byte, N> bytes(N);
   const Elements<int16_t, N> words(loadWords<N>(bytes.v));
   for (int i = 0; i < N; ++i) EXPECT_EQ(words.v[i], bytes.v[i]);
+}
+
+template <class T, int N>
+void expectSamplesAt() {
+  const Elements<float, 64> from(N);
+  int32_t indices[N];
+  float between[N];
+  for (int i = 0; i < N; ++i) {
+    indices[i] = i * 37 % 64;
+    between[i] = static_cast<float>(i * 5001 - 20000) / 2;  // among them ties, and values beyond either end
+  }
+  const Elements<float, N> samples(gather<N>(from.v, indices));
+  const Elements<T, N> nearest(nearestSaturated<T>(load<Pack<float, N>>(between)));
+  for (int i = 0; i < N; ++i) {
+    EXPECT_TRUE(sameBits(samples.v[i], from.v[indices[i]]));
+    EXPECT_EQ(nearest.v[i], std::nearbyint(std::clamp(between[i], 0.0f, float{std::numeric_limits<T>::max()})));
+  }
+}
+
+TEST(Simd, Sampling) {
+  expectSamplesAt<uint8_t, 1>();
+  expectSamplesAt<uint8_t, 4>();
+  expectSamplesAt<uint16_t, 4>();
+  expectSamplesAt<uint8_t, lanes<float>>();
+  expectSamplesAt<uint16_t, lanes<float>>();
 }
 
 TEST(Simd, BytesAsWords) {

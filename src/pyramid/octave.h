@@ -19,10 +19,6 @@ template <class T>
 using OctaveSum =
     std::conditional_t<std::is_same_v<T, float>, float, std::conditional_t<std::is_signed_v<T>, int16_t, uint16_t>>;
 
-// The narrowest pack of sums that is a register.
-template <class Sum>
-inline constexpr int kFewestLanes = 16 / int{sizeof(Sum)};
-
 // The work memory of both: rows of 32-bit numbers, padded to 16 bytes, behind an address that is a multiple of 64.
 inline constexpr int kOctaveAlignment = 64;
 
@@ -40,20 +36,37 @@ inline Status octaveBufferSize(int width, DataType type, int channels, int eleme
   return StatusOk;
 }
 
-// Runs a kernel from output `first` on as far as its registers reach into neither side, and returns the first output
-// beyond. The kernel, for N lanes: it makes pixels<N> outputs a step and may spoil some that follow; the last step may
-// start at last<N>(); run<N>(x) makes it. x is the first output not made yet; a last step may overlap those before.
-template <int N, int kFewest, class Kernel>
+// The packs of a kernel that works on pixels of sums, and how many pixels a pack holds: those of bytes come from
+// registers of channel pairs, filled to three quarters; those of floats are not regrouped in registers of eight.
+template <class Sum, int channels>
+struct OctavePacks {
+  static constexpr bool wholePixels = std::is_same_v<Sum, float> && channels == 3;
+  static constexpr int fewestLanes = 16 / int{sizeof(Sum)};
+  static constexpr int mostLanes = wholePixels && simd::lanes<Sum> == 8 ? fewestLanes : simd::lanes<Sum>;
+
+  template <int N>
+  static constexpr int narrower = wholePixels ? fewestLanes : N / 2;
+  template <int N>
+  static constexpr int pixels = wholePixels     ? N / 3
+                                : channels == 3 ? N / 4
+                                                : N;
+};
+
+// Runs a kernel from output `first` on as far as its packs reach beyond neither side, and returns the first output
+// after those. The kernel, for packs of N elements: run<N>(x) makes the outputs of a pack and may spoil some that
+// follow; the last place to start is last<N>(). x is the first output not made yet; a last pack may overlap those
+// before.
+template <class Packs, int N = Packs::mostLanes, class Kernel>
 ZVP_INLINE int64_t sweep(int64_t first, int64_t x, const Kernel& kernel) {
-  constexpr int kPixels = Kernel::template pixels<N>;
+  constexpr int kPixels = Packs::template pixels<N>;
   const int64_t last = kernel.template last<N>();
   for (; x <= last; x += kPixels) kernel.template run<N>(x);
   if (last >= first && x < last + kPixels) {
     kernel.template run<N>(last);
     x = last + kPixels;
   }
-  if constexpr (N > kFewest) {
-    return sweep<N / 2, kFewest>(first, x, kernel);
+  if constexpr (N > Packs::fewestLanes) {
+    return sweep<Packs, Packs::template narrower<N>>(first, x, kernel);
   } else {
     return x;
   }

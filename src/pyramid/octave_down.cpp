@@ -29,20 +29,10 @@ struct RowKernel {
   Sum* sums;
   int64_t width;
 
-  static constexpr bool pixelwise = std::is_same_v<T, float> && channels == 3;
-  static constexpr int mostLanes = pixelwise ? 4 : simd::lanes<Sum>, fewestLanes = kFewestLanes<Sum>;
-
-  // A register of channel pairs is filled to three quarters.
-  template <int N>
-  static constexpr int pixels = pixelwise       ? 1
-                                : channels == 3 ? N / 4
-                                                : N;
-
-  // The last tap reads a pair for every lane, or a pixel.
+  // The last tap reads a pair for every lane.
   template <int N>
   int64_t last() const {
-    constexpr int kRead = pixelwise ? N : 2 * N;
-    const int64_t room = (width - kReach) * channels - kRead;
+    const int64_t room = (width - kReach) * channels - 2 * N;
     return room < 0 ? -1 : room / (2 * channels);
   }
 
@@ -54,12 +44,9 @@ struct RowKernel {
  private:
   template <int N>
   static ZVP_INLINE Pack<Sum, N> at(const T* centre) {
-    if constexpr (pixelwise) {
-      const auto tap = [centre](int i) { return simd::load<Pack<float, N>>(centre + (i - kReach) * channels); };
-      return weighted(tap(0), tap(1), tap(2), tap(3), tap(4));
-    } else if constexpr (std::is_same_v<T, float>) {
-      const auto left = simd::loadPhases<N>(centre - 2), middle = simd::loadPhases<N>(centre);
-      return weighted(left.even, left.odd, middle.even, middle.odd, simd::loadPhases<N>(centre + 2).even);
+    if constexpr (std::is_same_v<T, float>) {
+      const auto taps = simd::loadStrided<N, channels>(centre - kReach * channels);
+      return weighted(taps.pack[0], taps.pack[1], taps.pack[2], taps.pack[3], taps.pack[4]);
     } else {
       constexpr int kPair = 2 * channels;
       return pairSums<N, 1, 4>(centre - kPair) + pairSums<N, 6, 4>(centre) + pairSums<N, 1, 0>(centre + kPair);
@@ -80,7 +67,6 @@ struct RowKernel {
 template <int channels, class T>
 void sumRow(const T* row, int64_t width, OctaveSum<T>* sums) {
   using Sum = OctaveSum<T>;
-  using Kernel = RowKernel<T, channels>;
   const auto pixel = [row](int64_t x, int c) { return static_cast<Sum>(simd::load<T>(row + x * channels + c)); };
   if (width < 3) {
     for (int c = 0; c < channels; ++c) sums[c] = static_cast<Sum>(Sum(pixel(0, c) + pixel(width - 1, c)) * Sum{8});
@@ -93,7 +79,7 @@ void sumRow(const T* row, int64_t width, OctaveSum<T>* sums) {
     }
   };
   end(0);
-  int64_t x = sweep<Kernel::mostLanes, Kernel::fewestLanes>(1, 1, Kernel{row, sums, width});
+  int64_t x = sweep<OctavePacks<Sum, channels>>(1, 1, RowKernel<T, channels>{row, sums, width});
   for (; x < (width + 1) / 2; ++x) end(x);
 }
 

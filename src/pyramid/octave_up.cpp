@@ -95,15 +95,6 @@ struct ResultKernel {
   T* dst;
   int64_t width;
 
-  static constexpr bool pixelwise = std::is_same_v<T, float> && channels == 3;
-  static constexpr int mostLanes = pixelwise ? 4 : simd::lanes<Sum>, fewestLanes = kFewestLanes<Sum>;
-
-  // A register of channel pairs is filled to three quarters.
-  template <int N>
-  static constexpr int pixels = pixelwise       ? 1
-                                : channels == 3 ? N / 4
-                                                : N;
-
   template <int N>
   int64_t last() const {
     const int64_t room = width * channels - N;
@@ -115,11 +106,8 @@ struct ResultKernel {
     const auto even = mean<T>(rows.template sum<N>(&PhaseRows<Sum>::even, x * channels));
     const auto odd = mean<T>(rows.template sum<N>(&PhaseRows<Sum>::odd, x * channels));
     T* out = dst + 2 * x * channels;
-    if constexpr (pixelwise) {
-      simd::store(out, even);
-      simd::store(out + channels, odd);
-    } else if constexpr (std::is_same_v<T, float>) {
-      simd::storePhases<N>(out, {even, odd});
+    if constexpr (std::is_same_v<T, float>) {
+      simd::storePhases<N, channels>(out, {even, odd});
     } else {
       using Pairs = Pack<uint16_t, N>;
       const Pairs pairs = (Pairs(even) & uint16_t{0xff}) | (Pairs(odd) << 8);
@@ -139,9 +127,9 @@ struct ResultKernel {
 
 template <class T, int channels, bool kEvenRow>
 void makeRow(const RowsAround<OctaveSum<T>, kEvenRow>& rows, int64_t width, T* dst) {
-  using Kernel = ResultKernel<T, channels, kEvenRow>;
-  const Kernel kernel{rows, dst, width};
-  for (int64_t x = sweep<Kernel::mostLanes, Kernel::fewestLanes>(0, 0, kernel); x < width; ++x) kernel.runPixel(x);
+  const ResultKernel<T, channels, kEvenRow> kernel{rows, dst, width};
+  int64_t x = sweep<OctavePacks<OctaveSum<T>, channels>>(0, 0, kernel);
+  for (; x < width; ++x) kernel.runPixel(x);
 }
 
 template <int channels, class T>

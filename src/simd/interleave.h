@@ -1,7 +1,11 @@
 // The vector vocabulary of images of two interleaved phases: even and odd elements, even and odd pixels.
 //
-//   loadPhases<N>       2 N floats from memory, split into the even and the odd ones
-//   storePhases         the inverse
+//   loadPhases<N, channels>
+//                       2 N floats from memory, split into the even and the odd pixels: of one channel, or of three,
+//                       which fill N - N % 3 elements and leave the others undefined
+//   storePhases         the inverse; for three channels it spoils what follows, up to 2 N floats in all
+//   loadStrided<N, channels>
+//                       five packs: element i of pack k is that of pixel 2 i + k
 //   pairChannels        bytes: pixels a b of three channels, in groups of six, become a0 b0 a1 b1 a2 b2
 //   unpairChannels      the inverse
 #pragma once
@@ -15,10 +19,21 @@ struct Phases {
   Pack<float, N> even, odd;
 };
 
-template <int N>
+template <int N, int channels = 1>
 ZVP_INLINE Phases<N> loadPhases(const float* p) {
   using V = Pack<float, N>;
-  if constexpr (N == 1) {
+  if constexpr (channels == 3) {
+    if constexpr (N == 4) {
+      return {load<V>(p), load<V>(p + 3)};
+#if defined(__AVX512F__)
+    } else {
+      const __m512 a = _mm512_loadu_ps(p), b = _mm512_loadu_ps(p + 16);
+      const __m512i even = _mm512_setr_epi32(0, 1, 2, 6, 7, 8, 12, 13, 14, 18, 19, 20, 24, 25, 26, 26);
+      const __m512i odd = _mm512_setr_epi32(3, 4, 5, 9, 10, 11, 15, 16, 17, 21, 22, 23, 27, 28, 29, 29);
+      return {V(_mm512_permutex2var_ps(a, even, b)), V(_mm512_permutex2var_ps(a, odd, b))};
+#endif
+    }
+  } else if constexpr (N == 1) {
     return {load<float>(p), load<float>(p + 1)};
   } else if constexpr (N == 4) {
     const __m128 a = _mm_loadu_ps(p), b = _mm_loadu_ps(p + 4);
@@ -40,9 +55,21 @@ ZVP_INLINE Phases<N> loadPhases(const float* p) {
   }
 }
 
-template <int N>
+template <int N, int channels = 1>
 ZVP_INLINE void storePhases(float* p, Phases<N> v) {
-  if constexpr (N == 1) {
+  if constexpr (channels == 3) {
+    if constexpr (N == 4) {
+      store(p, v.even);
+      store(p + 3, v.odd);
+#if defined(__AVX512F__)
+    } else {
+      const __m512i low = _mm512_setr_epi32(0, 1, 2, 16, 17, 18, 3, 4, 5, 19, 20, 21, 6, 7, 8, 22);
+      const __m512i high = _mm512_setr_epi32(23, 24, 9, 10, 11, 25, 26, 27, 12, 13, 14, 28, 29, 30, 30, 30);
+      _mm512_storeu_ps(p, _mm512_permutex2var_ps(__m512(v.even), low, __m512(v.odd)));
+      _mm512_storeu_ps(p + 16, _mm512_permutex2var_ps(__m512(v.even), high, __m512(v.odd)));
+#endif
+    }
+  } else if constexpr (N == 1) {
     store(p, v.even);
     store(p + 1, v.odd);
   } else if constexpr (N == 4) {
@@ -62,6 +89,30 @@ ZVP_INLINE void storePhases(float* p, Phases<N> v) {
     _mm256_storeu_ps(p, _mm256_permute2f128_ps(a, b, 0x20));
     _mm256_storeu_ps(p + 8, _mm256_permute2f128_ps(a, b, 0x31));
   }
+}
+
+template <int N>
+struct Strided {
+  Pack<float, N> pack[5];
+};
+
+template <int N, int channels = 1>
+ZVP_INLINE Strided<N> loadStrided(const float* p) {
+#if defined(__AVX512F__)
+  if constexpr (N == 16 && channels == 1) {
+    // A pack is the one before last, moved on by one element: that is fewer loads across cache lines.
+    const auto append = [](Pack<float, N> v, const float* last) {
+      return Pack<float, N>(_mm512_castsi512_ps(
+          _mm512_alignr_epi32(_mm512_set1_epi32(load<int32_t>(last)), _mm512_castps_si512(__m512(v)), 1)));
+    };
+    const auto first = loadPhases<N>(p);
+    const auto third = append(first.even, p + 2 * N);
+    return {{first.even, first.odd, third, append(first.odd, p + 2 * N + 1), append(third, p + 2 * N + 2)}};
+  }
+#endif
+  constexpr int kPair = 2 * channels;
+  const auto first = loadPhases<N, channels>(p), second = loadPhases<N, channels>(p + kPair);
+  return {{first.even, first.odd, second.even, second.odd, loadPhases<N, channels>(p + 2 * kPair).even}};
 }
 
 // Both work on the first three quarters of a register and leave the last quarter undefined.
