@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Builds zvpCV on a fresh Debian 12 machine, finds the faces in a photograph and filters it: a sample, or your own.
-# Without one it also tracks points from the left to the right picture of a stereo camera.
+# Builds zvpCV on a fresh Debian 12 machine and runs the examples on photographs: finds the faces, filters, tracks points
+# between two pictures. All results stand on one page, out/index.html.
 #
-#   demo.sh [PHOTO.png|PHOTO.jpg]
+#   demo.sh                        sample photographs
+#   demo.sh PHOTO.png|PHOTO.jpg    your own: what one photograph is enough for
 #
-# Installs the Debian packages that are missing (with sudo where you are not root). The build goes to build/demo, the
-# sample photographs to build/photos, the results to out.
+# Installs the Debian packages that are missing (with sudo where you are not root).
 set -euo pipefail
 scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(dirname "$scripts")
@@ -23,28 +23,52 @@ quietly cmake -S "$root" -B "$root/build/demo" -G Ninja -DCMAKE_BUILD_TYPE=Relea
   -DZVP_BUILD_TESTS=OFF -DZVP_BUILD_BENCHMARKS=OFF
 quietly cmake --build "$root/build/demo"
 
-if [ $# -eq 1 ]; then
-  photo=$1
-else
-  "$scripts/fetch-photos.sh" "$root/build/photos"
-  photo=$root/build/photos/astronaut.png
-fi
+photos=$root/build/photos
+photo=${1-$photos/astronaut.png}
+[ $# -eq 1 ] || "$scripts/fetch-photos.sh" "$photos"
+[ -r "$photo" ] || { echo "demo.sh: cannot read $photo" >&2; exit 1; }
 
-mkdir -p "$root/out"
+out=$root/out
+page=$out/index.html
+mkdir -p "$out"
+printed=$(mktemp)
+trap 'rm -f "$printed"' EXIT
+
+escaped() { sed 's/&/\&amp;/g; s/</\&lt;/g; s/>/\&gt;/g'; }
+
+# Runs an example and puts the picture that it writes on the page, with its caption, its time and what it printed.
+show() { # PICTURE CAPTION PROGRAM ARGUMENT...
+  local picture=$1 caption=$2 program=$3 start milliseconds
+  shift 3
+  say "$caption"
+  start=$(date +%s%N)
+  "$root/build/demo/bin/$program" "$@" --output "$out/$picture" | tee "$printed"
+  milliseconds=$((($(date +%s%N) - start) / 1000000))
+  {
+    echo "<figure><img src=\"$(escaped <<<"$picture")\" alt=\"\"><figcaption>"
+    echo "<p>$(escaped <<<"$caption") <small>$program, $milliseconds ms with reading and writing</small></p>"
+    echo "<pre>$(escaped <"$printed")</pre></figcaption></figure>"
+  } >>"$page"
+}
+
+cat >"$page" <<'HTML'
+<!DOCTYPE html>
+<html lang="en">
+<meta charset="utf-8">
+<title>zvpCV: the examples</title>
+<style>
+  body { font: 16px/1.4 sans-serif; max-width: 70rem; margin: 2rem auto; padding: 0 1rem }
+  figure { margin: 0 0 3rem } img { max-width: 100% } small { color: #666 } pre { max-height: 14rem; overflow: auto }
+</style>
+<h1>zvpCV: the examples</h1>
+HTML
+
 name=$(basename "$photo")
-result=$root/out/${name%.*}-faces.png
-say "Looking for faces in $photo"
-"$root/build/demo/bin/detect" "$photo" --output "$result"
-say "The picture with the boxes is $result"
-
-sheet=$root/out/${name%.*}-filters.png
-say "Filtering $photo"
-"$root/build/demo/bin/filter" "$photo" --output "$sheet"
-say "The sheet with the filtered pictures is $sheet"
-
-[ $# -eq 0 ] || exit 0
-left=$root/build/photos/motorcycle_left.png right=$root/build/photos/motorcycle_right.png
-motion=$root/out/motorcycle-motion.png
-say "Tracking points from $left to $right"
-"$root/build/demo/bin/track" "$left" "$right" --output "$motion"
-say "The picture with the arrows is $motion"
+name=${name%.*}
+show "$name-faces.png" "Faces in $name" detect "$photo"
+show "$name-filters.png" "$name filtered: a Gaussian blur made band by band, and composite morphology" filter "$photo"
+if [ $# -eq 0 ]; then
+  show motorcycle-motion.png "Points tracked from the left to the right picture of a stereo pair" \
+    track "$photos/motorcycle_left.png" "$photos/motorcycle_right.png"
+fi
+say "All pictures are on one page: $page"
