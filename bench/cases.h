@@ -35,6 +35,7 @@ std::vector<Case> accumulateCases();
 std::vector<Case> arithmeticCases();
 std::vector<Case> integralCases();
 std::vector<Case> detectCases();
+std::vector<Case> distanceCases();
 std::vector<Case> filterCases();
 std::vector<Case> geometryCases();
 std::vector<Case> morphologyCases();

@@ -204,8 +204,8 @@ void startBenchmarkLibrary(char* programName) {
 std::vector<Case> imageCases() {
   std::vector<Case> all;
   for (const auto& cases :
-       {arithmeticCases(), accumulateCases(), integralCases(), detectCases(), filterCases(), geometryCases(),
-        morphologyCases(), pyramidCases(), opticalFlowCases(), featuresCases(), segmentCases()})
+       {arithmeticCases(), accumulateCases(), integralCases(), detectCases(), distanceCases(), filterCases(),
+        geometryCases(), morphologyCases(), pyramidCases(), opticalFlowCases(), featuresCases(), segmentCases()})
     all.insert(all.end(), cases.begin(), cases.end());
   return all;
 }

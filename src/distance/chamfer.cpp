@@ -3,6 +3,7 @@
 
 #include "core/checks.h"
 #include "distance/chamfer_rows.h"
+#include "distance/chamfer_wave.h"
 #include "zvpcv/distance.h"
 
 namespace zvp {
@@ -33,6 +34,15 @@ void markFeatures(const uint8_t* src, T* dst, int n) {
   for (int x = 0; x < n; ++x) simd::store(dst + x, src[x] != 0 ? kFarthest<T> : T{0});
 }
 
+template <Kernel kernel, Pass pass, class T>
+void relax(Rows<T> image, RoiSize roi, Weights<T> weights) {
+  if constexpr (std::is_same_v<T, float>) {
+    relaxWaves<kernel, pass>(image, roi, weights);
+  } else {
+    relaxRows<kernel, pass>(image, roi, weights);
+  }
+}
+
 template <Kernel kernel, class T, class M>
 Status distanceTransform(Rows<const uint8_t> src, Rows<T> dst, RoiSize roi, const M* metrics) {
   if (Status s = firstFailure(nonNull(src), nonNull(dst), nonNull(metrics), nonEmpty(roi), rowsFit(roi.width, src),
@@ -41,8 +51,8 @@ Status distanceTransform(Rows<const uint8_t> src, Rows<T> dst, RoiSize roi, cons
   if (Status s = weightsArePositive<kernel>(metrics)) return s;
   const auto weights = weightsFrom<kernel, T>(metrics);
   for (int y = 0; y < roi.height; ++y) markFeatures(src.row(y), dst.row(y), roi.width);
-  relaxRows<kernel, Pass::kForward>(dst, roi, weights);
-  relaxRows<kernel, Pass::kBackward>(dst, roi, weights);
+  relax<kernel, Pass::kForward>(dst, roi, weights);
+  relax<kernel, Pass::kBackward>(dst, roi, weights);
   return StatusOk;
 }
 

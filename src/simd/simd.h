@@ -16,6 +16,11 @@
 //   mulAddBytes, mulAddWords
 //                        products of adjacent elements, added in pairs
 //   broadcastLast        every element becomes the last one
+//   addSaturated         unsigned sums that stop at the type's maximum
+//   slideUp<n>, slideDown<n>
+//                        elements move up (down) by n places; the free places take the last (first) n of another pack
+//   loadBetween, storeBetween
+//                        some elements in the middle of a pack; no other memory is touched
 //   byteBits             one bit of a word for each byte's highest bit
 //   storeStream, fence   stores that pass the caches by
 //
@@ -459,6 +464,99 @@ ZVP_INLINE V broadcastLast(V v) {
     static_assert(laneCount<V> == 1);
     return v;
   }
+}
+
+template <class V>
+ZVP_INLINE V addSaturated(V a, V b) {
+  using T = Element<V>;
+  static_assert(std::is_same_v<T, uint8_t> || std::is_same_v<T, uint16_t>);
+  constexpr bool kBytes = sizeof(T) == 1;
+  if constexpr (laneCount<V> == 1) {
+    return static_cast<T>(min<uint32_t>(uint32_t{a} + b, static_cast<T>(-1)));
+  } else if constexpr (sizeof(V) == 16) {
+    return kBytes ? V(_mm_adds_epu8(__m128i(a), __m128i(b))) : V(_mm_adds_epu16(__m128i(a), __m128i(b)));
+#if defined(__AVX2__)
+  } else if constexpr (sizeof(V) == 32) {
+    return kBytes ? V(_mm256_adds_epu8(__m256i(a), __m256i(b))) : V(_mm256_adds_epu16(__m256i(a), __m256i(b)));
+#endif
+#if defined(__AVX512BW__)
+  } else if constexpr (sizeof(V) == 64) {
+    return kBytes ? V(_mm512_adds_epu8(__m512i(a), __m512i(b))) : V(_mm512_adds_epu16(__m512i(a), __m512i(b)));
+#endif
+  } else {
+    static_assert(sizeof(V) == 0, "no such register in this build");
+  }
+}
+
+// Bytes k.. of two registers, `low` being the first 16, 32 or 64 of them. On 32 and 64 bytes k is less than 16 or a
+// multiple of 16.
+template <int k, class V>
+ZVP_INLINE V middleBytes(V low, V high) {
+  if constexpr (sizeof(V) == 16) {
+    return V(_mm_alignr_epi8(__m128i(high), __m128i(low), k));
+#if defined(__AVX2__)
+  } else if constexpr (sizeof(V) == 32) {
+    const __m256i inner = _mm256_permute2x128_si256(__m256i(low), __m256i(high), 0x21);
+    if constexpr (k <= 16) return V(_mm256_alignr_epi8(inner, __m256i(low), k));
+    if constexpr (k > 16) return V(_mm256_alignr_epi8(__m256i(high), inner, k - 16));
+#elif defined(__AVX__)
+  } else if constexpr (std::is_same_v<V, Pack<float, 8>> && k == 28) {
+    const __m256 l = __m256(low), h = __m256(high), inner = _mm256_permute2f128_ps(l, h, 0x21);
+    const __m256 ends = _mm256_shuffle_ps(inner, h, _MM_SHUFFLE(0, 0, 3, 3));
+    return V(_mm256_shuffle_ps(ends, h, _MM_SHUFFLE(2, 1, 2, 0)));
+#endif
+#if defined(__AVX512BW__)
+  } else if constexpr (sizeof(V) == 64) {
+    const __m512i l = __m512i(low), h = __m512i(high);
+    if constexpr (k % 4 == 0) return V(_mm512_alignr_epi32(h, l, k / 4));
+    if constexpr (k < 16) return V(_mm512_alignr_epi8(_mm512_alignr_epi64(h, l, 2), l, k));
+    if constexpr (k > 48) return V(_mm512_alignr_epi8(h, _mm512_alignr_epi64(h, l, 6), k - 48));
+#endif
+  } else {
+    static_assert(sizeof(V) == 0, "no such register in this build");
+  }
+}
+
+template <int n, class V>
+ZVP_INLINE V slideUp(V v, V before) {
+  return middleBytes<int{sizeof(V)} - n* int{sizeof(Element<V>)}>(before, v);
+}
+template <int n, class V>
+ZVP_INLINE V slideDown(V v, V after) {
+  return middleBytes<n* int{sizeof(Element<V>)}>(v, after);
+}
+
+// All bits of the lanes first..end - 1 of N.
+template <int N>
+ZVP_INLINE Pack<int32_t, N> lanesBetween(int first, int end) {
+  struct Switch {
+    int32_t at[2 * N] = {};
+    constexpr explicit Switch(bool ones) {
+      for (int i = 0; i < N; ++i) at[ones ? N + i : i] = -1;
+    }
+  };
+  static constexpr Switch kOn(true), kOff(false);  // after N lanes
+  return load<Pack<int32_t, N>>(kOn.at + N - first) & load<Pack<int32_t, N>>(kOff.at + N - end);
+}
+
+// Elements first..end - 1 of those at p; the others are those of `otherwise`.
+template <class V>
+ZVP_INLINE V loadBetween(const float* p, int first, int end, V otherwise) {
+  constexpr int N = laneCount<V>;
+  const auto wanted = lanesBetween<N>(first, end);
+#if defined(__AVX512F__)
+  if constexpr (N == 16) return V(_mm512_mask_loadu_ps(__m512(otherwise), _mm512_movepi32_mask(__m512i(wanted)), p));
+#endif
+  if constexpr (N == 8) return wanted ? V(_mm256_maskload_ps(p, __m256i(wanted))) : otherwise;
+}
+template <class V>
+ZVP_INLINE void storeBetween(float* p, int first, int end, V v) {
+  constexpr int N = laneCount<V>;
+  const auto wanted = lanesBetween<N>(first, end);
+#if defined(__AVX512F__)
+  if constexpr (N == 16) _mm512_mask_storeu_ps(p, _mm512_movepi32_mask(__m512i(wanted)), __m512(v));
+#endif
+  if constexpr (N == 8) _mm256_maskstore_ps(p, __m256i(wanted), __m256(v));
 }
 
 // Bit i is the highest bit of byte i: of a comparison's result, whether it held there.
