@@ -16,7 +16,8 @@ void chamfer(const Image<std::uint8_t>& src, const Image<T>& dst, const M* weigh
   using Sum = std::conditional_t<std::is_same_v<T, float>, float, int>;
   constexpr T kMax = std::numeric_limits<T>::max();
   const int w = src.width, h = src.height;
-  const Sum a = weights[0], b = weights[1], c = knights ? weights[2] : 0;
+  const Sum a = weights[0], b = weights[1];
+  [[maybe_unused]] const Sum c = knights ? weights[2] : 0;
   const auto pass = [&](int y, int sign, bool forward) {
     const auto row = [&](int i) { return y + i < 0 || y + i >= h ? nullptr : dst.row(y + i); };
     const T *above = row(-sign), *above2 = row(-2 * sign);

@@ -7,6 +7,7 @@
 #include "simd/fixed_point.h"
 #include "simd/gather.h"
 #include "simd/interleave.h"
+#include "simd/transpose.h"
 #include "support/image.h"
 
 namespace zvp::simd {
@@ -180,6 +181,72 @@ void expectByteBitsAt() {
 TEST(Simd, ByteBits) {
   expectByteBitsAt<16>();
   expectByteBitsAt<lanes<uint8_t>>();
+}
+
+template <int n, class T, int N>
+void expectSlide() {
+  const Elements<T, N> v(1), other(2);
+  const Elements<T, N> up(slideUp<n>(v.pack(), other.pack()));
+  for (int i = 0; i < N; ++i) ASSERT_TRUE(sameBits(up.v[i], i < n ? other.v[N - n + i] : v.v[i - n])) << n;
+  if constexpr (!std::is_same_v<T, float>) {
+    const Elements<T, N> down(slideDown<n>(v.pack(), other.pack()));
+    for (int i = 0; i < N; ++i) ASSERT_TRUE(sameBits(down.v[i], i + n < N ? v.v[i + n] : other.v[i + n - N])) << n;
+  }
+  if constexpr (2 * n < N && !std::is_same_v<T, float>) expectSlide<2 * n, T, N>();
+}
+
+TEST(Simd, Slides) {
+  expectSlide<1, uint8_t, 16>();
+  expectSlide<1, uint8_t, lanes<uint8_t>>();
+  expectSlide<1, uint16_t, 8>();
+  expectSlide<1, uint16_t, lanes<uint16_t>>();
+  expectSlide<1, float, lanes<float>>();
+}
+
+template <class T, int N>
+void expectSaturation() {
+  for (unsigned seed = 0; seed < 50; ++seed) {
+    const Elements<T, N> a(seed), b(seed + 1000), sums(addSaturated(a.pack(), b.pack()));
+    for (int i = 0; i < N; ++i) ASSERT_EQ(sums.v[i], std::min<int>(a.v[i] + b.v[i], std::numeric_limits<T>::max()));
+  }
+}
+
+TEST(Simd, SaturatedSums) {
+  expectSaturation<uint8_t, 1>();
+  expectSaturation<uint8_t, 16>();
+  expectSaturation<uint8_t, lanes<uint8_t>>();
+  expectSaturation<uint16_t, 8>();
+  expectSaturation<uint16_t, lanes<uint16_t>>();
+}
+
+TEST(Simd, PartsOfPacksTouchNothingElse) {
+  constexpr int N = lanes<float>;
+  for (int first = 0; first <= N; ++first)
+    for (int end = first; end <= N; ++end) {
+      const Elements<float, N> other(3);
+      const test::GuardedBlock block(static_cast<size_t>(end - first) * 4, {end < N, 0});
+      auto* p =
+          reinterpret_cast<float*>(reinterpret_cast<uintptr_t>(block.start()) - static_cast<uintptr_t>(first) * 4);
+      storeBetween(p, first, end, other.pack());
+      const Elements<float, N> read(loadBetween(p, first, end, Pack<float, N>{}));
+      for (int i = 0; i < N; ++i) ASSERT_TRUE(sameBits(read.v[i], i >= first && i < end ? other.v[i] : 0.0f));
+    }
+}
+
+TEST(Simd, TransposeAndAny) {
+  constexpr int N = lanes<float>;
+  Pack<float, N> rows[N];
+  for (int r = 0; r < N; ++r)
+    for (int i = 0; i < N; ++i) rows[r][i] = static_cast<float>(100 * r + i);
+  transpose(rows);
+  for (int r = 0; r < N; ++r)
+    for (int i = 0; i < N; ++i) ASSERT_EQ(rows[r][i], 100.0f * static_cast<float>(i) + static_cast<float>(r));
+  for (int i = 0; i < N; ++i) {
+    Pack<float, N> v{};
+    EXPECT_FALSE(any(v > v));
+    v[i] = 1;
+    EXPECT_TRUE(any(v > Pack<float, N>{}));
+  }
 }
 
 template <int N>

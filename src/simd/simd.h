@@ -21,6 +21,7 @@
 //                        elements move up (down) by n places; the free places take the last (first) n of another pack
 //   loadBetween, storeBetween
 //                        some elements in the middle of a pack; no other memory is touched
+//   any                  whether a comparison holds for some element
 //   byteBits             one bit of a word for each byte's highest bit
 //   storeStream, fence   stores that pass the caches by
 //
@@ -574,6 +575,18 @@ ZVP_INLINE uint64_t byteBits(V v) {
 #endif
   } else {
     static_assert(sizeof(V) == 0, "no such register in this build");
+  }
+}
+
+// Of a comparison's result: all bits of an element or none.
+template <class V>
+ZVP_INLINE bool any(V v) {
+  if constexpr (laneCount<V> == 1) {
+    return v != 0;
+  } else if constexpr (sizeof(V) == 32) {
+    return _mm256_testz_si256(__m256i(v), __m256i(v)) == 0;
+  } else {
+    return byteBits(v) != 0;
   }
 }
 
