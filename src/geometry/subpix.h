@@ -208,15 +208,21 @@ ZVP_INLINE void sampleColumns(const Weights weights, const RowWalk<S> src, D* ds
   for (int x = 0; x < n; ++x) column.template operator()<1>(x);
 }
 
-// The same where both columns of the source are one.
+constexpr int kRowsTogether = 8;  // few enough for each to stay in one way of the nearest cache
+
+// The same where both columns of the source are one, for at most kRowsTogether rows.
 template <class Weights, class S, class D>
-void sampleEdge(const Weights weights, RowWalk<S> walk, D* dst, ptrdiff_t dstStep, int rows, int n) {
-  for (int y = 0; y < rows; ++y, dst = movedBy(dst, dstStep)) {
+void sampleEdge(const Weights& weights, RowWalk<S> walk, D* dst, ptrdiff_t dstStep, int rows, int n) {
+  D values[kRowsTogether];
+  for (int y = 0; y < rows; ++y) {
     const S upper = simd::load<S>(walk.p);
     walk.next();
-    const D value = weights.template atEdge<D>(upper, simd::load<S>(walk.p));
-    simd::coverRow<D>(n, [=]<int N>(int x) { simd::store(dst + x, simd::broadcast<D, N>(value)); });
+    values[y] = weights.template atEdge<D>(upper, simd::load<S>(walk.p));
   }
+  simd::coverRow<D>(n, [=, &values]<int N>(int x) {
+    D* out = dst + x;
+    for (int y = 0; y < rows; ++y, out = movedBy(out, dstStep)) simd::store(out, simd::broadcast<D, N>(values[y]));
+  });
 }
 
 // The columns and rows of a source that exist: 0 to these.
@@ -228,11 +234,10 @@ struct LastPixel {
 template <class Weights, class S, class D>
 void sampleFrom(int64_t column, int64_t row, const Weights& weights, Rows<const S> src, LastPixel last, Rows<D> dst,
                 RoiSize size) {
-  constexpr int kTogether = 8;  // rows: few enough to stay in one way of the nearest cache each
   const auto before = static_cast<int>(std::clamp<int64_t>(-column, 0, size.width));
   const auto behind = static_cast<int>(std::clamp<int64_t>(last.column - column, before, size.width));
-  for (int y = 0; y < size.height; y += kTogether) {
-    const int rows = std::min(kTogether, size.height - y);
+  for (int y = 0; y < size.height; y += kRowsTogether) {
+    const int rows = std::min(kRowsTogether, size.height - y);
     const auto walkFrom = [&](int64_t x) {
       RowWalk<S> walk(src, row + y, last.row);
       walk.p += x;
