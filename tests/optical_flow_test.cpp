@@ -71,57 +71,23 @@ Found track(const Member<T>& member, const Pyramid* a, const Pyramid* b, const s
 
 // --- Accuracy --------------------------------------------------------------------------------------------------------
 
-// A sum of waves of 14 to 140 pixels, 20 .. 230.
-double texture(double x, double y) {
-  double sum = 0;
-  for (int k = 0; k < 12; ++k) {
-    const double length = 14 * pow(10.0, k / 11.0), angle = 2.4 * k;
-    sum += sin((x * cos(angle) + y * sin(angle)) * 2 * M_PI / length + k * k);
-  }
-  return 125 + 105.0 / 12 * sum;
-}
-
-// Each level is the one before, smoothed with 1 4 6 4 1 and every second pixel taken.
+// A level of a picture that has moved: waves of 14 to 140 pixels, of which each octave's smoothing leaves what a Gaussian
+// of that variance does.
 template <class T>
-class Texture {
- public:
-  Texture(RoiSize size, double dx, double dy) : size_(size) {
-    levels_.emplace_back();
-    for (int y = 0; y < size.height; ++y)
-      for (int x = 0; x < size.width; ++x) levels_[0].push_back(texture(x - dx, y - dy));
+struct Texture {
+  double dx = 0, dy = 0;
+
+  T operator()(int level, int y, int x) const {
+    constexpr int kWaves = 12;
+    const double variance = ((1 << 2 * level) - 1) / 3.0, px = (x << level) - dx, py = (y << level) - dy;
+    double sum = 0;
+    for (int k = 0; k < kWaves; ++k) {
+      const double frequency = 2 * M_PI / 14 * pow(0.1, k / 11.0), angle = 2.4 * k;
+      sum += sin((px * cos(angle) + py * sin(angle)) * frequency + k * k) * exp(-frequency * frequency * variance / 2);
+    }
+    const double value = (125 + 105.0 / kWaves * sum) * (sizeof(T) == 2 ? 256 : 1);
+    return static_cast<T>(std::is_same_v<T, float> ? value : floor(value + 0.5));
   }
-
-  T operator()(int level, int y, int x) {
-    while (static_cast<int>(levels_.size()) <= level) reduce();
-    const double value = levels_[static_cast<size_t>(level)][static_cast<size_t>(y * width(level) + x)];
-    return static_cast<T>(std::is_same_v<T, float> ? value : floor(value * scale() + 0.5));
-  }
-
- private:
-  static constexpr double scale() { return sizeof(T) == 2 ? 256 : 1; }
-  int width(int level) const { return (size_.width + (1 << level) - 1) >> level; }
-  int height(int level) const { return (size_.height + (1 << level) - 1) >> level; }
-
-  void reduce() {
-    constexpr double kWeights[] = {1, 4, 6, 4, 1};
-    const int last = static_cast<int>(levels_.size()) - 1, w = width(last), h = height(last);
-    std::vector<double> next;
-    for (int y = 0; y < height(last + 1); ++y)
-      for (int x = 0; x < width(last + 1); ++x) {
-        double sum = 0;
-        for (int j = 0; j < 5; ++j)
-          for (int i = 0; i < 5; ++i) {
-            const int from = mirrored(2 * y + j - 2, h) * w + mirrored(2 * x + i - 2, w);
-            sum += kWeights[i] * kWeights[j] * levels_.back()[static_cast<size_t>(from)];
-          }
-        next.push_back(sum / 256);
-      }
-    levels_.push_back(next);
-  }
-  static int mirrored(int x, int n) { return x < 0 ? -x : x < n ? x : 2 * (n - 1) - x; }
-
-  RoiSize size_;
-  std::vector<std::vector<double>> levels_;
 };
 
 constexpr RoiSize kSize{320, 240}, kSmall{32, 24};
@@ -130,10 +96,10 @@ constexpr double kMotions[][2] = {{0.3, -0.45}, {-2.6, 1.37}, {7.07, 7.07}, {-9.
 
 TEST(OpticalFlow, FindsKnownMotions) {
   forEachMember([]<class T>(const Member<T>& member) {
-    const ImagePyramid<T> previous(kSize, kMaxLev, 2.0f, Texture<T>(kSize, 0, 0));
+    const ImagePyramid<T> previous(kSize, kMaxLev, 2.0f, Texture<T>{});
     for (const auto& [dx, dy] : kMotions) {
       SCOPED_TRACE(std::string(member.name) + " by " + std::to_string(dx) + ", " + std::to_string(dy));
-      const ImagePyramid<T> next(kSize, kMaxLev, 2.0f, Texture<T>(kSize, dx, dy));
+      const ImagePyramid<T> next(kSize, kMaxLev, 2.0f, Texture<T>{dx, dy});
       std::vector<float> points;
       for (int y = kMargin; y < kSize.height - kMargin; y += 12)
         for (int x = kMargin; x < kSize.width - kMargin; x += 12)
@@ -372,11 +338,10 @@ TEST_F(FlowByHand, AnOscillationEndsHalfWayBack) { EXPECT_NEAR(result(10, 0).nex
 
 TEST(OpticalFlow, LostPointsKeepTheirLevelAndTheirLastEstimate) {
   const auto flat = [](int, int, int) { return uint8_t{9}; };
-  const ImagePyramid<uint8_t> textured(kSize, 2, 2.0f, Texture<uint8_t>(kSize, 0, 0)), uniform(kSize, 2, 2.0f, flat);
+  const ImagePyramid<uint8_t> textured(kSize, 2, 2.0f, Texture<uint8_t>{}), uniform(kSize, 2, 2.0f, flat);
   // Textured on levels 2 and 1, uniform on level 0.
-  const ImagePyramid<uint8_t> coarse(kSize, 2, 2.0f, [t = Texture<uint8_t>(kSize, 0, 0)](int l, int y, int x) mutable {
-    return l == 0 ? uint8_t{9} : t(l, y, x);
-  });
+  const ImagePyramid<uint8_t> coarse(
+      kSize, 2, 2.0f, [](int l, int y, int x) { return l == 0 ? uint8_t{9} : Texture<uint8_t>{}(l, y, x); });
   struct Case {
     const char* what;
     const ImagePyramid<uint8_t>& image;
@@ -410,9 +375,9 @@ TEST(OpticalFlow, LostPointsKeepTheirLevelAndTheirLastEstimate) {
 }
 
 TEST(OpticalFlow, PixelsThatAreNoNumbersLoseThePoint) {
-  const ImagePyramid<float> a({40, 40}, 1, 2.0f, Texture<float>({40, 40}, 0, 0));
-  const ImagePyramid<float> b({40, 40}, 1, 2.0f, [t = Texture<float>({40, 40}, 0, 0)](int l, int y, int x) mutable {
-    return x < 20 ? t(l, y, x) : x % 2 ? NAN : INFINITY;
+  const ImagePyramid<float> a({40, 40}, 1, 2.0f, Texture<float>{});
+  const ImagePyramid<float> b({40, 40}, 1, 2.0f, [](int l, int y, int x) {
+    return x < 20 ? Texture<float>{}(l, y, x) : x % 2 ? NAN : INFINITY;
   });
   const std::vector<float> points = {9, 20, 30, 20};
   const Found found = track(k32f, a.record(), b.record(), points, points, {7, 0});
@@ -491,13 +456,12 @@ TEST(OpticalFlow, ChecksInOrderAndWritesNothing) {
     Arguments badCount = badRange;
     badCount.count = 0;
 
-    EXPECT_EQ(with(badCount, [](auto& g) { g.a = nullptr; }), ErrNullPtr);
-    EXPECT_EQ(with(badCount, [](auto& g) { g.b = nullptr; }), ErrNullPtr);
-    EXPECT_EQ(with(badCount, [](auto& g) { g.prev = nullptr; }), ErrNullPtr);
-    EXPECT_EQ(with(badCount, [](auto& g) { g.next = nullptr; }), ErrNullPtr);
-    EXPECT_EQ(with(badCount, [](auto& g) { g.status = nullptr; }), ErrNullPtr);
-    EXPECT_EQ(with(badCount, [](auto& g) { g.error = nullptr; }), ErrNullPtr);
-    EXPECT_EQ(with(badCount, [](auto& g) { g.state = nullptr; }), ErrNullPtr);
+    constexpr void (*kNulls[])(Arguments&) = {
+        [](Arguments& g) { g.a = nullptr; },      [](Arguments& g) { g.b = nullptr; },
+        [](Arguments& g) { g.prev = nullptr; },   [](Arguments& g) { g.next = nullptr; },
+        [](Arguments& g) { g.status = nullptr; }, [](Arguments& g) { g.error = nullptr; },
+        [](Arguments& g) { g.state = nullptr; }};
+    for (const auto plant : kNulls) EXPECT_EQ(with(badCount, plant), ErrNullPtr);
     EXPECT_EQ(with(badCount, [](auto&) {}), ErrSize);
     EXPECT_EQ(with(badRange, [](auto& g) { g.winSize = 0; }), ErrSize);
     EXPECT_EQ(with(badRange, [](auto& g) { g.winSize = 6; }), ErrSize);

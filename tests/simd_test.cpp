@@ -368,5 +368,22 @@ TEST(Simd, BytesAsWords) {
   expectWordsAt<int8_t, lanes<int16_t>>();
 }
 
+template <int N>
+void expectPairProductsAt() {
+  const Elements<int16_t, N> a(1), b(2);
+  constexpr int kFirst = -300, kSecond = 7, kGroup = 8;  // of each group of words, low has the first half
+  const auto factors = broadcast<int32_t, N / 2>(static_cast<int32_t>((kFirst & 0xffff) | kSecond << 16));
+  const Halves<N> sums = pairProducts<N>(pairs<N>(a.pack(), b.pack()), factors);
+  for (int i = 0; i < N; ++i) {
+    const int at = i / kGroup * kGroup / 2 + i % (kGroup / 2);
+    EXPECT_EQ((i % kGroup < kGroup / 2 ? sums.low : sums.high)[at], a.v[i] * kFirst + b.v[i] * kSecond);
+  }
+}
+
+TEST(Simd, PairProducts) {
+  expectPairProductsAt<8>();
+  expectPairProductsAt<lanes<int16_t>>();
+}
+
 }  // namespace
 }  // namespace zvp::simd

@@ -13,47 +13,26 @@ constexpr Point kUnwritten{-77, -77};
 
 // --- The members -----------------------------------------------------------------------------------------------------
 
-struct Window {
-  RoiSize size;
-  Point32f centre;
-};
-
-template <class S, class D, bool kScales>
+// Scale is int where the member has a scale factor, else nothing.
+template <class S, class D, class... Scale>
 struct Member {
-  const char* name;
-  using ScaledCopy = Status (*)(const S*, int, D*, int, RoiSize, float, float, int);
-  using PlainCopy = Status (*)(const S*, int, D*, int, RoiSize, float, float);
-  using ScaledIntersect = Status (*)(const S*, int, RoiSize, D*, int, RoiSize, Point32f, Point*, Point*, int);
-  using PlainIntersect = Status (*)(const S*, int, RoiSize, D*, int, RoiSize, Point32f, Point*, Point*);
-  std::conditional_t<kScales, ScaledCopy, PlainCopy> copyFunction;
-  std::conditional_t<kScales, ScaledIntersect, PlainIntersect> intersectFunction;
+  using Copy = Status(const S*, int, D*, int, RoiSize, float, float, Scale...);
+  using Intersect = Status(const S*, int, RoiSize, D*, int, RoiSize, Point32f, Point*, Point*, Scale...);
 
-  Status copy(const S* src, int srcStep, D* dst, int dstStep, RoiSize size, float dx, float dy, int scale) const {
-    if constexpr (kScales) {
-      return copyFunction(src, srcStep, dst, dstStep, size, dx, dy, scale);
-    } else {
-      return copyFunction(src, srcStep, dst, dstStep, size, dx, dy);
-    }
-  }
-  Status intersect(const S* src, int srcStep, RoiSize srcSize, D* dst, int dstStep, Window w, Point* min, Point* max,
-                   int scale) const {
-    if constexpr (kScales) {
-      return intersectFunction(src, srcStep, srcSize, dst, dstStep, w.size, w.centre, min, max, scale);
-    } else {
-      return intersectFunction(src, srcStep, srcSize, dst, dstStep, w.size, w.centre, min, max);
-    }
-  }
+  const char* name;
+  Copy* copy;
+  Intersect* intersect;
 };
 
 template <class F>
 void forEachMember(F f) {
-#define MEMBER(name, S, D, scales) f(Member<S, D, scales>{#name, zvpiCopySubpix_##name, zvpiCopySubpixIntersect_##name})
-  MEMBER(8u_C1R, uint8_t, uint8_t, false);
-  MEMBER(16u_C1R, uint16_t, uint16_t, false);
-  MEMBER(8u16u_C1R_Sfs, uint8_t, uint16_t, true);
-  MEMBER(16u32f_C1R, uint16_t, float, false);
-  MEMBER(8u32f_C1R, uint8_t, float, false);
-  MEMBER(32f_C1R, float, float, false);
+#define MEMBER(name, ...) f(Member<__VA_ARGS__>{#name, zvpiCopySubpix_##name, zvpiCopySubpixIntersect_##name})
+  MEMBER(8u_C1R, uint8_t, uint8_t);
+  MEMBER(16u_C1R, uint16_t, uint16_t);
+  MEMBER(8u16u_C1R_Sfs, uint8_t, uint16_t, int);
+  MEMBER(16u32f_C1R, uint16_t, float);
+  MEMBER(8u32f_C1R, uint8_t, float);
+  MEMBER(32f_C1R, float, float);
 #undef MEMBER
 }
 
@@ -119,7 +98,7 @@ constexpr int kScales[] = {0, -13, -8, 1, 7, 40};
 
 TEST(CopySubpix, EqualsThePlainLoopAtEveryWidth) {
   constexpr float kShifts[] = {0.0f, 0.5f, 0.25f, -0.25f, 3.3f, -7.9f, 1e-7f, 0.999999f, 1e-10f, -1e-10f};
-  forEachMember([&]<class S, class D, bool kScaled>(const Member<S, D, kScaled>& member) {
+  forEachMember([&]<class S, class D, class... Scale>(const Member<S, D, Scale...>& member) {
     unsigned seed = 0;
     for (int width = 1; width <= 140; ++width) {
       const int height = 1 + width % 4, extra = static_cast<int>(++seed % 3);
@@ -128,8 +107,9 @@ TEST(CopySubpix, EqualsThePlainLoopAtEveryWidth) {
       const Image<D> dst(width, height, extra * int{sizeof(D)}, placement);
       src.fill(Values<S>(seed));
       const float dx = kShifts[seed % std::size(kShifts)], dy = kShifts[seed / 3 % std::size(kShifts)];
-      const int scale = kScaled ? kScales[seed % std::size(kScales)] : 0;
-      ASSERT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), {width, height}, dx, dy, scale), StatusOk);
+      const int scale = sizeof...(Scale) > 0 ? kScales[seed % std::size(kScales)] : 0;
+      ASSERT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), {width, height}, dx, dy, Scale{scale}...),
+                StatusOk);
       const auto rule = copyRule<S, D>(dx, dy);
       const auto expected = [&](int y, int x) {
         return rule.template at<D>(src.get(y, x), src.get(y, x + 1), src.get(y + 1, x), src.get(y + 1, x + 1),
@@ -207,21 +187,24 @@ TEST(CopySubpix, ScaleFactors) {
 
 // --- Windows ---------------------------------------------------------------------------------------------------------
 
-template <class S, class D, bool kScaled>
-void expectIntersectEqualsPlain(const Member<S, D, kScaled>& member, RoiSize source, Window w, unsigned seed) {
+template <class S, class D, class... Scale>
+void expectIntersectEqualsPlain(const Member<S, D, Scale...>& member, RoiSize source, RoiSize size, Point32f centre,
+                                unsigned seed) {
   const Placement placement = kPlacements[seed % kPlacements.size()];
-  const int extra = static_cast<int>(seed % 3), scale = kScaled ? kScales[seed % 4] : 0;
+  const int extra = static_cast<int>(seed % 3), scale = sizeof...(Scale) > 0 ? kScales[seed % 4] : 0;
   const Image<S> src(source.width, source.height, extra * int{sizeof(S)}, placement);
-  const Image<D> dst(w.size.width, w.size.height, extra * int{sizeof(D)}, placement);
+  const Image<D> dst(size.width, size.height, extra * int{sizeof(D)}, placement);
   src.fill([values = Values<S>(seed)]() mutable {
     const S v = values();
     return std::is_same_v<S, float> && !isfinite(static_cast<float>(v)) ? S(3) : v;
   });
   Point min = kUnwritten, max = kUnwritten;
-  ASSERT_EQ(member.intersect(src.data(), src.step(), source, dst.data(), dst.step(), w, &min, &max, scale), StatusOk);
-  const int i = firstColumn(w.centre.x, w.size.width), j = firstColumn(w.centre.y, w.size.height);
-  const float cornerX = w.centre.x - 0.5f * static_cast<float>(w.size.width - 1);
-  const float cornerY = w.centre.y - 0.5f * static_cast<float>(w.size.height - 1);
+  ASSERT_EQ(member.intersect(src.data(), src.step(), source, dst.data(), dst.step(), size, centre, &min, &max,
+                             Scale{scale}...),
+            StatusOk);
+  const int i = firstColumn(centre.x, size.width), j = firstColumn(centre.y, size.height);
+  const float cornerX = centre.x - 0.5f * static_cast<float>(size.width - 1);
+  const float cornerY = centre.y - 0.5f * static_cast<float>(size.height - 1);
   const RuleOf<D> rule(cornerX - static_cast<float>(i), cornerY - static_cast<float>(j));
   const auto pixel = [&](int y, int x) {
     return src.get(std::clamp(y, 0, source.height - 1), std::clamp(x, 0, source.width - 1));
@@ -231,15 +214,15 @@ void expectIntersectEqualsPlain(const Member<S, D, kScaled>& member, RoiSize sou
                                pixel(j + y + 1, i + x + 1), scale);
   };
   SCOPED_TRACE(member.name);
-  ASSERT_TRUE(matches(dst, expected)) << "at " << w.centre.x << ", " << w.centre.y;
+  ASSERT_TRUE(matches(dst, expected)) << "at " << centre.x << ", " << centre.y;
   const auto lowest = [](int first, int n, int extent) { return first >= extent ? 0 : std::clamp(-first, 0, n); };
   const auto highest = [](int first, int n, int extent) {
     return first >= extent ? -1 : std::min(n - 1, extent - 2 - first);
   };
-  ASSERT_EQ(min.x, lowest(i, w.size.width, source.width));
-  ASSERT_EQ(min.y, lowest(j, w.size.height, source.height));
-  ASSERT_EQ(max.x, highest(i, w.size.width, source.width));
-  ASSERT_EQ(max.y, highest(j, w.size.height, source.height));
+  ASSERT_EQ(min.x, lowest(i, size.width, source.width));
+  ASSERT_EQ(min.y, lowest(j, size.height, source.height));
+  ASSERT_EQ(max.x, highest(i, size.width, source.width));
+  ASSERT_EQ(max.y, highest(j, size.height, source.height));
 }
 
 TEST(CopySubpixIntersect, EqualsThePlainModelEverywhere) {
@@ -255,10 +238,10 @@ TEST(CopySubpixIntersect, EqualsThePlainModelEverywhere) {
           const auto part = [](unsigned n) { return static_cast<float>(n % 1009) / 1009; };
           const Point32f centre{part(seed * 389) * reachX - static_cast<float>(width),
                                 part(seed * 211) * reachY - static_cast<float>(height)};
-          ASSERT_NO_FATAL_FAILURE(expectIntersectEqualsPlain(member, source, {{width, height}, centre}, seed));
+          ASSERT_NO_FATAL_FAILURE(expectIntersectEqualsPlain(member, source, {width, height}, centre, seed));
         }
     for (const float x : {-60.3f, -15.0f, -14.75f, 7.0f, 7.5f, 511.99997f})  // the last one's fraction is negative
-      ASSERT_NO_FATAL_FAILURE(expectIntersectEqualsPlain(member, {700, 4}, {{15, 3}, {x + 7, x / 200}}, ++seed));
+      ASSERT_NO_FATAL_FAILURE(expectIntersectEqualsPlain(member, {700, 4}, {15, 3}, {x + 7, x / 200}, ++seed));
   });
 }
 
@@ -306,39 +289,40 @@ TEST(CopySubpixIntersect, PointsFarAwayTakeTheEdge) {
 // --- Checks ----------------------------------------------------------------------------------------------------------
 
 TEST(CopySubpix, ChecksInOrderAndWritesNothing) {
-  forEachMember([]<class S, class D, bool kScaled>(const Member<S, D, kScaled>& member) {
+  forEachMember([]<class S, class D, class... Scale>(const Member<S, D, Scale...>& member) {
     const Image<S> src(6, 4);
     const Image<D> dst(5, 3);
     const auto before = dst.bytes();
-    const int badScale = kScaled ? -14 : 0;
+    const int badScale = sizeof...(Scale) > 0 ? -14 : 0;
     // The tight step of the source is shorter than its rows, which the checks do not see.
     const Operand source{src.data(), 5 * int{sizeof(S)}, sizeof(S)}, target{dst.data(), dst.step(), sizeof(D)};
     expectStandardChecks({member.name, {source, target}, {}, {5, 3}, [&](const auto& o, const auto&, RoiSize roi) {
                             return member.copy(static_cast<const S*>(o[0].data), o[0].step,
                                                static_cast<D*>(const_cast<void*>(o[1].data)), o[1].step, roi, 0.5f,
-                                               0.5f, badScale);
+                                               0.5f, Scale{badScale}...);
                           }});
-    if (kScaled) {
-      EXPECT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), {5, 3}, 0, 0, -14), ErrBadArg);
-      EXPECT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), {5, 3}, 0, 0, INT32_MIN), ErrBadArg);
+    if (sizeof...(Scale) > 0) {
+      EXPECT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), {5, 3}, 0, 0, Scale{-14}...), ErrBadArg);
+      EXPECT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), {5, 3}, 0, 0, Scale{INT32_MIN}...),
+                ErrBadArg);
     }
     EXPECT_EQ(dst.bytes(), before);
   });
 }
 
 TEST(CopySubpixIntersect, ChecksInOrderAndWritesNothing) {
-  forEachMember([]<class S, class D, bool kScaled>(const Member<S, D, kScaled>& member) {
+  forEachMember([]<class S, class D, class... Scale>(const Member<S, D, Scale...>& member) {
     const Image<S> src(5, 3);
     const Image<D> dst(5, 3);
     const auto before = dst.bytes();
     Point min = kUnwritten, max = kUnwritten;
-    const int badScale = kScaled ? -14 : 0;
+    const int badScale = sizeof...(Scale) > 0 ? -14 : 0;
     const auto point = [](const void* p) { return static_cast<Point*>(const_cast<void*>(p)); };
     const auto invoke = [&](RoiSize srcRoi, const std::vector<Operand>& o, const std::vector<const void*>& p,
                             RoiSize roi) {
       return member.intersect(static_cast<const S*>(o[0].data), o[0].step, srcRoi,
-                              static_cast<D*>(const_cast<void*>(o[1].data)), o[1].step, {roi, {2, 1}}, point(p[0]),
-                              point(p[1]), badScale);
+                              static_cast<D*>(const_cast<void*>(o[1].data)), o[1].step, roi, {2, 1}, point(p[0]),
+                              point(p[1]), Scale{badScale}...);
     };
     const std::vector<Operand> operands = {{src.data(), src.step(), sizeof(S)}, {dst.data(), dst.step(), sizeof(D)}};
     expectStandardChecks({member.name, operands, {&min, &max}, {5, 3}, [&](const auto& o, const auto& p, RoiSize roi) {
@@ -348,7 +332,7 @@ TEST(CopySubpixIntersect, ChecksInOrderAndWritesNothing) {
       EXPECT_EQ(invoke(empty, operands, {&min, &max}, {5, 3}), ErrSize);
     EXPECT_EQ(invoke({6, 3}, operands, {&min, &max}, {5, 3}), ErrStep);
     EXPECT_EQ(invoke({5, 3}, operands, {&min, &max}, {6, 3}), ErrStep);
-    if (kScaled) {
+    if (sizeof...(Scale) > 0) {
       EXPECT_EQ(invoke({5, 3}, operands, {&min, &max}, {5, 3}), ErrBadArg);
     }
     EXPECT_EQ(dst.bytes(), before);

@@ -1,8 +1,10 @@
 // The vector vocabulary of fixed-point sums: 16-bit elements, their 32-bit products, and the way back.
 //
-//   Halves<N>            N 32-bit numbers in two packs: the lower and the upper half of every 128 bits of a pack of
-//   words loadWords<N>         N 16-bit elements from memory of that type or of bytes widen, pairProducts, products
-//                        words to 32-bit numbers: themselves, a x s + b x t, a x b
+//   Halves<N>            N 32-bit numbers in two packs: the lower and the upper half of every 128 bits of a pack of words
+//   loadWords<N>         N 16-bit elements from memory of that type or of bytes
+//   widen, products, pairProducts
+//                        words to 32-bit numbers: themselves, a x b, a x s + b x t
+//   pairs                the words of a and b side by side, which several pairProducts may share
 //   narrow               to words, and words to bytes, with saturation
 //   nearest              single precision to 32-bit integers, ties to even; the argument must fit
 //   shiftRight           arithmetic, all elements by the same count
