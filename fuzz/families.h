@@ -15,11 +15,13 @@ using Targets = std::span<const Target>;
 
 Targets arithmeticTargets();
 Targets detectTargets();
+Targets featuresTargets();
 Targets filterTargets();
 Targets geometryTargets();
 Targets integralTargets();
 Targets morphologyTargets();
 Targets opticalFlowTargets();
 Targets pyramidTargets();
+Targets segmentTargets();
 
 }  // namespace fuzz

@@ -6,8 +6,9 @@ namespace {
 
 std::vector<Target> allTargets() {
   std::vector<Target> all;
-  for (const Targets family : {arithmeticTargets(), detectTargets(), filterTargets(), geometryTargets(),
-                               integralTargets(), morphologyTargets(), opticalFlowTargets(), pyramidTargets()})
+  for (const Targets family :
+       {arithmeticTargets(), detectTargets(), featuresTargets(), filterTargets(), geometryTargets(), integralTargets(),
+        morphologyTargets(), opticalFlowTargets(), pyramidTargets(), segmentTargets()})
     all.insert(all.end(), family.begin(), family.end());
   return all;
 }
