@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "blur.h"
+#include "common/blur.h"
 #include "common/error.h"
 #include "common/photo.h"
 #include "common/png_file.h"

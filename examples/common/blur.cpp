@@ -1,4 +1,4 @@
-#include "blur.h"
+#include "common/blur.h"
 
 #include <zvpcv/filter.h>
 

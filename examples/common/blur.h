@@ -1,6 +1,6 @@
 // Gaussian blur.
-#ifndef ZVP_EXAMPLES_FILTER_BLUR_H
-#define ZVP_EXAMPLES_FILTER_BLUR_H
+#ifndef ZVP_EXAMPLES_COMMON_BLUR_H
+#define ZVP_EXAMPLES_COMMON_BLUR_H
 
 #include "common/image.h"
 
