@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds zvpCV on a fresh Debian 12 machine and runs the examples on photographs: finds the faces, filters, tracks points
-# between two pictures. All results stand on one page, out/index.html.
+# between two pictures, counts coins, cleans a disparity map. All results stand on one page, out/index.html.
 #
 #   demo.sh                        sample photographs
 #   demo.sh PHOTO.png|PHOTO.jpg    your own: what one photograph is enough for
@@ -70,5 +70,8 @@ show "$name-filters.png" "$name filtered: a Gaussian blur made band by band, and
 if [ $# -eq 0 ]; then
   show motorcycle-motion.png "Points tracked from the left to the right picture of a stereo pair" \
     track "$photos/motorcycle_left.png" "$photos/motorcycle_right.png"
+  show coins-counted.png "Coins, each filled with a colour of its own" segment "$photos/coins.png"
+  show motorcycle-disparities.png "Disparities of the stereo pair by matching blocks, and without their speckles" \
+    segment "$photos/motorcycle_left.png" --right "$photos/motorcycle_right.png"
 fi
 say "All pictures are on one page: $page"
