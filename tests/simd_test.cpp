@@ -292,20 +292,22 @@ TEST(Simd, FloatOperations) {
 
 template <int N, int channels>
 void expectPhasesAt() {
-  const Elements<float, 5 * N> from(N);  // more than any pack of these reads
-  const Phases<N> phases = loadPhases<N, channels>(from.v);
+  float from[5 * N];  // more than any pack of these reads
+  Values<float> values(N);
+  for (float& v : from) v = values();
+  const Phases<N> phases = loadPhases<N, channels>(from);
   const Elements<float, N> even(phases.even), odd(phases.odd);
-  const Strided<N> strided = loadStrided<N, channels>(from.v);
+  const Strided<N> strided = loadStrided<N, channels>(from);
   float back[2 * N];
   storePhases<N, channels>(back, phases);
   for (int i = 0; i < N / channels * channels; ++i) {
     const int at = i / channels * 2 * channels + i % channels;
-    EXPECT_TRUE(sameBits(even.v[i], from.v[at]));
-    EXPECT_TRUE(sameBits(odd.v[i], from.v[at + channels]));
-    EXPECT_TRUE(sameBits(back[at], from.v[at]));
-    EXPECT_TRUE(sameBits(back[at + channels], from.v[at + channels]));
+    EXPECT_TRUE(sameBits(even.v[i], from[at]));
+    EXPECT_TRUE(sameBits(odd.v[i], from[at + channels]));
+    EXPECT_TRUE(sameBits(back[at], from[at]));
+    EXPECT_TRUE(sameBits(back[at + channels], from[at + channels]));
     for (int k = 0; k < 5; ++k)
-      EXPECT_TRUE(sameBits(Elements<float, N>(strided.pack[k]).v[i], from.v[at + k * channels])) << k;
+      EXPECT_TRUE(sameBits(Elements<float, N>(strided.pack[k]).v[i], from[at + k * channels])) << k;
   }
 }
 
