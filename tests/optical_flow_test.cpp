@@ -71,21 +71,31 @@ Found track(const Member<T>& member, const Pyramid* a, const Pyramid* b, const s
 
 // --- Accuracy --------------------------------------------------------------------------------------------------------
 
+constexpr int kWaves = 7, kMostLevels = 4;
+
+struct Wave {
+  double fx, fy, phase, amplitude[kMostLevels];
+
+  explicit Wave(int k) : phase(k * k) {
+    const double frequency = 2 * M_PI / 14 * pow(0.1, k / (kWaves - 1.0)), angle = 2.4 * k;
+    fx = frequency * cos(angle), fy = frequency * sin(angle);
+    for (int l = 0; l < kMostLevels; ++l)
+      amplitude[l] = 105.0 / kWaves * exp(-frequency * frequency * ((1 << 2 * l) - 1) / 6.0);
+  }
+};
+
 // A level of a picture that has moved: waves of 14 to 140 pixels, of which each octave's smoothing leaves what a Gaussian
-// of that variance does.
+// of the same variance does.
 template <class T>
 struct Texture {
   double dx = 0, dy = 0;
 
   T operator()(int level, int y, int x) const {
-    constexpr int kWaves = 12;
-    const double variance = ((1 << 2 * level) - 1) / 3.0, px = (x << level) - dx, py = (y << level) - dy;
-    double sum = 0;
-    for (int k = 0; k < kWaves; ++k) {
-      const double frequency = 2 * M_PI / 14 * pow(0.1, k / 11.0), angle = 2.4 * k;
-      sum += sin((px * cos(angle) + py * sin(angle)) * frequency + k * k) * exp(-frequency * frequency * variance / 2);
-    }
-    const double value = (125 + 105.0 / kWaves * sum) * (sizeof(T) == 2 ? 256 : 1);
+    static const std::vector<Wave> kTable = {Wave(0), Wave(1), Wave(2), Wave(3), Wave(4), Wave(5), Wave(6)};
+    double sum = 125;
+    for (const Wave& w : kTable)
+      sum += w.amplitude[level] * sin(((x << level) - dx) * w.fx + ((y << level) - dy) * w.fy + w.phase);
+    const double value = sum * (sizeof(T) == 2 ? 256 : 1);
     return static_cast<T>(std::is_same_v<T, float> ? value : floor(value + 0.5));
   }
 };

@@ -68,9 +68,12 @@ TEST(FilterScharr, EqualsThePlainModelAtEveryWidthAndBorder) {
   constexpr BorderType kTypes[] = {0, 1, 2, 3, 4, 6, 0xf0, 0x10, 0x21, 0x42, 0x83, 0xc4, 0x31, 0x96};
   for (const Member& member : kMembers) {
     unsigned seed = 0;
-    for (int width = 1; width <= 70; ++width)
-      for (const BorderType type : kTypes)
-        ASSERT_NO_FATAL_FAILURE(expectEqualsPlain(member, {width, 1 + static_cast<int>(++seed % 4)}, type, seed));
+    for (int width = 1; width <= 70; ++width) {
+      for (const BorderType type : kTypes) {
+        const int height = 1 + static_cast<int>(++seed % 4);
+        ASSERT_NO_FATAL_FAILURE(expectEqualsPlain(member, {width, height}, type, seed));
+      }
+    }
   }
 }
 
