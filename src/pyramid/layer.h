@@ -110,14 +110,20 @@ void sumTaps(const PyramidLayerState& state, int64_t n, T* out, Source source) {
   });
 }
 
-// Filters the row in state.padded; its ends are mirrored.
+// Continues the row in state.padded on both sides by its mirror images.
 template <int channels>
-void filterRow(const PyramidLayerState& state, int64_t width, float* out) {
+void mirrorEnds(const PyramidLayerState& state, int64_t width) {
   const auto mirror = [&](int64_t x) {
     const int64_t from = modeCoordinate(x, width, BorderReflect);
     for (int c = 0; c < channels; ++c) state.padded[x * channels + c] = state.padded[from * channels + c];
   };
   for (int64_t i = 1; i <= state.reach(); ++i) mirror(-i), mirror(width - 1 + i);
+}
+
+// Filters the row in state.padded.
+template <int channels>
+void filterRow(const PyramidLayerState& state, int64_t width, float* out) {
+  mirrorEnds<channels>(state, width);
   const float* first = state.padded - state.reach() * channels;
   sumTaps(state, width * channels, out, [first](int k) { return first + ptrdiff_t{k} * channels; });
 }

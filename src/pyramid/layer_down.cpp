@@ -1,4 +1,5 @@
-// Layer reduction: filters the rows, then across rows, and samples what comes out at every multiple of the rate.
+// Layer reduction: filters the rows, then across rows, and samples what comes out at every multiple of the rate. At rate
+// 2 only the columns and rows that are sampled are filtered.
 #include "pyramid/layer.h"
 
 namespace zvp {
@@ -13,18 +14,44 @@ class Reduction {
         state_(state),
         ring_(state, size.height),
         sampleRow_(state, result.width, [this](int64_t x) { return place(x, size_.width); }),
-        elements_(int64_t{result.width} * channels) {}
+        result_(result.width),
+        halves_(state.path != LayerPath::kAnyRate && 2 * int64_t{result.width} <= int64_t{size.width} + 1 &&
+                int64_t{result.width} + state.reach() <= state.base.width) {}
 
   void makeRow(int64_t y, T* out) {
     const Sample sample = place(y, size_.height);
+    if (halves_) return ring_.filter(sample.from, elements(), out, [this](int64_t r) { halveRow(r); });
     for (int64_t row = sample.from; row <= sample.from + (sample.between ? 1 : 0); ++row) provide(row);
-    blendRows(sample, state_.pair[sample.from % 2], state_.pair[(sample.from + 1) % 2], elements_, out);
+    blendRows(sample, state_.pair[sample.from % 2], state_.pair[(sample.from + 1) % 2], elements(), out);
   }
 
  private:
+  int64_t elements() const { return result_ * channels; }
+
   Sample place(int64_t result, int64_t n) const {
     if (state_.path != LayerPath::kAnyRate) return {std::min(2 * result, n - 1), 0.0f, false};
     return sampleAt(state_.rate * static_cast<float>(result), n);
+  }
+
+  // Filters a row of the source at its even columns: tap k of column 2 x meets one of every second pixel of the row, or
+  // one of the pixels between them.
+  void halveRow(int64_t row) {
+    toFloats(src_.row(row), int64_t{size_.width} * channels, state_.padded);
+    mirrorEnds<channels>(state_, size_.width);
+    float *even = state_.whole, *odd = state_.pair[0];
+    splitPixels(state_.padded - state_.reach() * channels, result_ + state_.reach(), even, odd);
+    sumTaps(state_, elements(), state_.ringRow(row),
+            [even, odd](int k) { return (k % 2 == 0 ? even : odd) + ptrdiff_t{k / 2} * channels; });
+  }
+
+  // n pixels from every second one on, and the n - 1 between them.
+  static void splitPixels(const float* from, int64_t n, float* even, float* odd) {
+    for (int64_t x = 0; x < n - 1; ++x)
+      for (int c = 0; c < channels; ++c) {
+        even[x * channels + c] = from[2 * x * channels + c];
+        odd[x * channels + c] = from[(2 * x + 1) * channels + c];
+      }
+    for (int c = 0; c < channels; ++c) even[(n - 1) * channels + c] = from[2 * (n - 1) * channels + c];
   }
 
   // Filters and samples a row into its place in state.pair.
@@ -43,7 +70,8 @@ class Reduction {
   PyramidLayerState& state_;
   RowRing ring_;
   RowSampler<channels> sampleRow_;
-  int64_t elements_, provided_ = -1;
+  int64_t result_, provided_ = -1;
+  bool halves_;
 };
 
 template <int channels, class T>
