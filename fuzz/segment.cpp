@@ -13,7 +13,7 @@ namespace {
 template <class T>
 void speckles(Bytes& in, Status (*f)(T*, int, RoiSize, T, int, T, int, std::uint8_t*)) {
   const RoiSize wanted = someSize(in), size = wanted.width > 80 || wanted.height > 12 ? RoiSize{0, 1} : wanted;
-  const int rowBytes = std::max(size.width, 0) * int{sizeof(T)}, gaps = std::max(size.height - 1, 0);
+  const int rowBytes = std::max(size.width, 0) * int{sizeof(T)}, gaps = std::max(size.height, 1) - 1;
   const int distance = rowBytes + in.ConsumeIntegralInRange(0, 9);
   const bool upward = in.ConsumeBool();
   const auto image = block(in, distance * gaps + rowBytes);
