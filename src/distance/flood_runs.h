@@ -1,6 +1,6 @@
 // Searches along one row: where a test holds first or last. A test judges a chunk of pixels at once.
 //
-// The verdict on a chunk is a word with one bit for each byte of a register: a pixel's bit is that of its first byte.
+// The verdict on a chunk is a word with one bit for each element: a pixel's bit is that of its first element.
 #pragma once
 
 #include <bit>
@@ -13,7 +13,7 @@ template <class T, int channels>
 struct ChunkOf {
   static constexpr int kLanes = simd::kIntegerBytes / int{sizeof(T)};
   static constexpr int kPixels = kLanes / channels;
-  static constexpr int kPixelBits = channels * int{sizeof(T)};
+  static constexpr int kPixelBits = channels;
   using Vector = simd::Pack<T, kLanes>;
 
   static constexpr uint64_t starts() {
@@ -25,8 +25,8 @@ struct ChunkOf {
   // The pixels all of whose elements a comparison found to hold.
   template <class Comparison>
   ZVP_INLINE static uint64_t whole(Comparison c) {
-    uint64_t bits = simd::byteBits(c);
-    if constexpr (channels == 3) bits &= (bits >> sizeof(T)) & (bits >> (2 * sizeof(T)));
+    uint64_t bits = simd::maskBits(c);
+    if constexpr (channels == 3) bits &= (bits >> 1) & (bits >> 2);
     return bits & starts();
   }
 
@@ -55,10 +55,10 @@ Not(Test) -> Not<Test>;
 template <class Chunk>
 class RowSearch {
  public:
-  explicit RowSearch(int width)
-      : last_(int64_t{width} * Chunk::kPixelBits >= simd::kIntegerBytes
-                  ? static_cast<int>((int64_t{width} * Chunk::kPixelBits - simd::kIntegerBytes) / Chunk::kPixelBits)
-                  : -1) {}
+  explicit RowSearch(int width) {
+    const int64_t spare = int64_t{width} * Chunk::kPixelBits - Chunk::kLanes;
+    last_ = spare >= 0 ? static_cast<int>(spare / Chunk::kPixelBits) : -1;
+  }
 
   // The first x in begin..end-1 where the test holds, or end.
   template <class Test>
@@ -98,7 +98,7 @@ class RowSearch {
   static int lowest(uint64_t bits) { return std::countr_zero(bits) / Chunk::kPixelBits; }
   static int highest(uint64_t bits) { return (63 - std::countl_zero(bits)) / Chunk::kPixelBits; }
 
-  int last_;  // the last pixel at which a whole register can be read
+  int last_;  // the last pixel at which a whole register can be read; -1: there is none
 };
 
 }  // namespace zvp

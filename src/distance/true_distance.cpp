@@ -114,6 +114,9 @@ class NearbySearch {
   static constexpr int N = simd::lanes<float>, kReach = 32, kStride = 4;
   using V = simd::Pack<float, N>;
 
+  static bool anyBeyond(V squares, int distance) {
+    return simd::maskBits(squares > constant(distance * distance)) != 0;
+  }
   static V constant(int v) { return simd::broadcast<float, N>(static_cast<float>(v)); }
 
   void square(const float* row) const {
@@ -130,14 +133,14 @@ class NearbySearch {
   bool searchAround(int x) const {
     V least = simd::load<V>(squares_ + x);
     for (int far = 1; far < kReach; far += kStride) {
-      if (!simd::any(least > constant(far * far))) break;
+      if (!anyBeyond(least, far)) break;
       for (int i = far; i < far + kStride; ++i) {
         const V beside = simd::min(simd::load<V>(squares_ + x - i), simd::load<V>(squares_ + x + i));
         least = simd::min(least, V(beside + constant(i * i)));
       }
     }
     simd::store(result_ + x, least);
-    return !simd::any(least > constant(kReach * kReach));
+    return !anyBeyond(least, kReach);
   }
 
   int width_;

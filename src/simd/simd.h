@@ -21,8 +21,6 @@
 //                        elements move up (down) by n places; the free places take the last (first) n of another pack
 //   loadBetween, storeBetween
 //                        some elements in the middle of a pack; no other memory is touched
-//   any                  whether a comparison holds for some element
-//   byteBits             one bit of a word for each byte's highest bit
 //   storeStream, fence   stores that pass the caches by
 //
 // This is the only header with intrinsics and processor macros.
@@ -558,36 +556,6 @@ ZVP_INLINE void storeBetween(float* p, int first, int end, V v) {
   if constexpr (N == 16) _mm512_mask_storeu_ps(p, _mm512_movepi32_mask(__m512i(wanted)), __m512(v));
 #endif
   if constexpr (N == 8) _mm256_maskstore_ps(p, __m256i(wanted), __m256(v));
-}
-
-// Bit i is the highest bit of byte i: of a comparison's result, whether it held there.
-template <class V>
-ZVP_INLINE uint64_t byteBits(V v) {
-  if constexpr (sizeof(V) == 16) {
-    return static_cast<uint32_t>(_mm_movemask_epi8(__m128i(v)));
-#if defined(__AVX2__)
-  } else if constexpr (sizeof(V) == 32) {
-    return static_cast<uint32_t>(_mm256_movemask_epi8(__m256i(v)));
-#endif
-#if defined(__AVX512BW__)
-  } else if constexpr (sizeof(V) == 64) {
-    return _mm512_movepi8_mask(__m512i(v));
-#endif
-  } else {
-    static_assert(sizeof(V) == 0, "no such register in this build");
-  }
-}
-
-// Of a comparison's result: all bits of an element or none.
-template <class V>
-ZVP_INLINE bool any(V v) {
-  if constexpr (laneCount<V> == 1) {
-    return v != 0;
-  } else if constexpr (sizeof(V) == 32) {
-    return _mm256_testz_si256(__m256i(v), __m256i(v)) == 0;
-  } else {
-    return byteBits(v) != 0;
-  }
 }
 
 // 16 bytes to an address that is a multiple of 16, past the caches. A fence orders them before later stores.
