@@ -15,6 +15,7 @@ using Targets = std::span<const Target>;
 
 Targets arithmeticTargets();
 Targets detectTargets();
+Targets distanceTargets();
 Targets featuresTargets();
 Targets filterTargets();
 Targets geometryTargets();

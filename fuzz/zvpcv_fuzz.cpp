@@ -7,8 +7,8 @@ namespace {
 std::vector<Target> allTargets() {
   std::vector<Target> all;
   for (const Targets family :
-       {arithmeticTargets(), detectTargets(), featuresTargets(), filterTargets(), geometryTargets(), integralTargets(),
-        morphologyTargets(), opticalFlowTargets(), pyramidTargets(), segmentTargets()})
+       {arithmeticTargets(), detectTargets(), distanceTargets(), featuresTargets(), filterTargets(), geometryTargets(),
+        integralTargets(), morphologyTargets(), opticalFlowTargets(), pyramidTargets(), segmentTargets()})
     all.insert(all.end(), family.begin(), family.end());
   return all;
 }

@@ -49,9 +49,10 @@ void forEachFill(F f) {
       [](T* p, int step, RoiSize roi, Point at, const T* v, const T* lo, const T* hi, auto* region, auto* buffer) { \
         return zvpiFloodFill_##family##con##Con_##type##_C3IR(p, step, roi, at, v, lo, hi, region, buffer);         \
       }});
-#define ZVP_BOTH(type, T)                                                                                           \
-  ZVP_EQUAL(4, type, T)                                                                                             \
-  ZVP_EQUAL(8, type, T) ZVP_NEAR(Range, FillRule::kRange, 4, type, T) ZVP_NEAR(Range, FillRule::kRange, 8, type, T) \
+#define ZVP_BOTH(type, T)                                                                     \
+  ZVP_EQUAL(4, type, T)                                                                       \
+  ZVP_EQUAL(8, type, T)                                                                       \
+  ZVP_NEAR(Range, FillRule::kRange, 4, type, T) ZVP_NEAR(Range, FillRule::kRange, 8, type, T) \
       ZVP_NEAR(Grad, FillRule::kGradient, 4, type, T) ZVP_NEAR(Grad, FillRule::kGradient, 8, type, T)
   ZVP_BOTH(8u, uint8_t)
   ZVP_BOTH(16u, uint16_t)
@@ -79,27 +80,25 @@ struct FillCase {
 
   T pixel(Point p, int c) const { return image.get(p.y, p.x * member.channels + c); }
 
+  // Whether a value of channel k lies within the deltas about that of a pixel.
+  bool near(T value, Point about, int k) const {
+    using Wide = std::conditional_t<std::is_same_v<T, float>, float, int>;
+    const bool exact = member.rule == FillRule::kEqual;
+    const Wide base = pixel(about, k), low = base - (exact ? T(0) : minDelta[k]),
+               high = base + (exact ? T(0) : maxDelta[k]);
+    return value >= low && value <= high;
+  }
   // Whether p joins from its neighbour q.
   bool joins(Point p, Point q) const {
-    const Point base = member.rule == FillRule::kGradient ? q : seed;
-    for (int c = 0; c < member.channels; ++c) {
-      const T down = member.rule == FillRule::kEqual ? T(0) : minDelta[c];
-      const T up = member.rule == FillRule::kEqual ? T(0) : maxDelta[c];
-      using Wide = std::conditional_t<std::is_same_v<T, float>, float, int>;
-      const Wide value = pixel(p, c), low = Wide(pixel(base, c)) - down, high = Wide(pixel(base, c)) + up;
-      if (!(value >= low && value <= high)) return false;
-    }
-    return true;
+    bool all = true;
+    for (int k = 0; k < member.channels; ++k)
+      all = all && near(pixel(p, k), member.rule == FillRule::kGradient ? q : seed, k);
+    return all;
   }
-  bool joins(Point p) const { return joins(p, seed); }
-
   bool newValJoins() const {
-    for (int c = 0; c < member.channels; ++c) {
-      using Wide = std::conditional_t<std::is_same_v<T, float>, float, int>;
-      const Wide base = pixel(seed, c);
-      if (!(newVal[c] >= base - minDelta[c] && newVal[c] <= base + maxDelta[c])) return false;
-    }
-    return true;
+    bool all = true;
+    for (int k = 0; k < member.channels; ++k) all = all && near(newVal[k], seed, k);
+    return all;
   }
 };
 
@@ -161,7 +160,7 @@ Filled<T> depthFirstRuns(const FillCase<T>& c, bool& forgot) {
   Collected<T> pixels(c);
   std::vector<Record> stack;
   const auto capacity = std::max<size_t>(1, static_cast<size_t>(c.roi.width) * static_cast<size_t>(c.roi.height) / 4);
-  const auto open = [&](Point p) { return pixels.inside(p) && !pixels.at(p) && c.joins(p); };
+  const auto open = [&](Point p) { return pixels.inside(p) && !pixels.at(p) && c.joins(p, c.seed); };
   const auto run = [&](int x, int y) {
     int l = x, r = x;
     pixels.at({x, y}) = true;
