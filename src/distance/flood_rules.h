@@ -111,9 +111,12 @@ class Gradient {
   template <class V>
   ZVP_INLINE static auto near(V p, V q, V minDelta, V maxDelta) {
     if constexpr (std::is_same_v<T, float>) {
-      return (p >= q - minDelta) & (p <= q + maxDelta);
+      const auto notBelow = p >= q - minDelta, notAbove = p <= q + maxDelta;
+      return notBelow & notAbove;
     } else {
-      return (V(simd::max(q, p) - p) <= minDelta) & (V(simd::max(p, q) - q) <= maxDelta);
+      const V below = V(simd::max(q, p) - p), above = V(simd::max(p, q) - q);
+      const auto notBelow = below <= minDelta, notAbove = above <= maxDelta;
+      return notBelow & notAbove;
     }
   }
 
