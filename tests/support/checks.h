@@ -3,17 +3,33 @@
 
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "support/image.h"
 
 namespace zvp::test {
 
+// An address that passes for whatever type of pointer a function takes.
+struct Address {
+  const void* at;
+
+  template <class T>
+  operator T*() const {
+    return static_cast<T*>(const_cast<void*>(at));
+  }
+};
+
 struct Operand {
   const void* data;
   int step;
   int elementSize;  // its steps must be multiples of this
 };
+
+template <class T>
+Operand operandOf(const Image<T>& image) {
+  return {image.data(), image.step(), sizeof(T)};
+}
 
 // A valid call with everything that the checks look at laid open. Steps must be the smallest allowed ones, and
 // multiples of the element size.
@@ -23,9 +39,41 @@ struct Call {
   std::vector<const void*> otherPointers;
   RoiSize roi;
   std::function<Status(const std::vector<Operand>&, const std::vector<const void*>&, RoiSize)> invoke;
+  size_t leading = 0;  // the first operands, whose steps are checked for multiples, too, before the others' steps
 
   Status operator()() const { return invoke(operands, otherPointers, roi); }
 };
+
+// A call of f with these arguments: an Operand stands for its address and its step, every RoiSize for the region.
+template <class F, class... A>
+Call callOf(std::string name, F f, A... arguments) {
+  Call call{std::move(name), {}, {}, {}, {}};
+  const auto collect = [&call]<class T>(T a) {
+    if constexpr (std::is_same_v<T, Operand>) call.operands.push_back(a);
+    if constexpr (std::is_same_v<T, RoiSize>) call.roi = a;
+    if constexpr (std::is_pointer_v<T>) call.otherPointers.push_back(a);
+  };
+  (collect(arguments), ...);
+  call.invoke = [=](const std::vector<Operand>& operands, const std::vector<const void*>& others, RoiSize roi) {
+    auto operand = operands.begin();
+    auto other = others.begin();
+    const auto given = [&]<class T>(T a) {
+      if constexpr (std::is_same_v<T, Operand>) {
+        const Operand& o = *operand++;
+        return std::tuple(Address{o.data}, o.step);
+      } else if constexpr (std::is_same_v<T, RoiSize>) {
+        return std::tuple(roi);
+      } else if constexpr (std::is_pointer_v<T>) {
+        return std::tuple(Address{*other++});
+      } else {
+        return std::tuple(a);
+      }
+    };
+    const auto joined = [](auto... parts) { return std::tuple_cat(parts...); };
+    return std::apply(f, std::apply(joined, std::tuple{given(arguments)...}));
+  };
+  return call;
+}
 
 // Each fault is planted together with all faults that later checks find, so that the order shows.
 inline void expectStandardChecks(const Call& valid) {
@@ -51,17 +99,20 @@ inline void expectStandardChecks(const Call& valid) {
     EXPECT_EQ(c(), ErrSize) << roi.width << "x" << roi.height;
   }
   for (size_t i = 0; i < valid.operands.size(); ++i) {
-    const int smallest = valid.operands[i].step;
-    for (const int step : {smallest - 1, 0, -smallest, INT32_MIN}) {
-      Call c = valid;
-      for (Operand& o : c.operands) o.step += o.elementSize > 1 ? 1 : 0;
+    const Operand& operand = valid.operands[i];
+    const bool leads = i < valid.leading;
+    Call c = valid;
+    for (size_t k = valid.leading; leads && k < c.operands.size(); ++k) c.operands[k].step = 0;
+    if (operand.elementSize > 1) {
+      Call odd = c;
+      odd.operands[i].step += operand.elementSize / 2;
+      EXPECT_EQ(odd(), ErrStepNotMultiple) << "operand " << i;
+    }
+    for (size_t k = leads ? 0 : valid.leading; k < c.operands.size(); ++k)
+      c.operands[k].step += c.operands[k].elementSize > 1 ? 1 : 0;
+    for (const int step : {operand.step - 1, 0, -operand.step, INT32_MIN}) {
       c.operands[i].step = step;
       EXPECT_EQ(c(), ErrStep) << "operand " << i << ", step " << step;
-    }
-    if (valid.operands[i].elementSize > 1) {
-      Call c = valid;
-      c.operands[i].step += valid.operands[i].elementSize / 2;
-      EXPECT_EQ(c(), ErrStepNotMultiple) << "operand " << i;
     }
   }
   for (const int width : {INT32_MAX, INT32_MAX / 2 + 1, 1 << 29}) {  // would wrap in 32 bits
