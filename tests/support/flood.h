@@ -37,7 +37,7 @@ void forEachFill(F f) {
       #con "Con_" #type "_C3IR", FillRule::kEqual, con == 8, 3,                                               \
       [](T* p, int step, RoiSize roi, Point at, const T* v, const T*, const T*, auto* region, auto* buffer) { \
         return zvpiFloodFill_##con##Con_##type##_C3IR(p, step, roi, at, v, region, buffer);                   \
-      }});
+      }})
 #define ZVP_NEAR(family, kind, con, type, T)                                                                        \
   f(FillMember<T>{                                                                                                  \
       #family #con "Con_" #type "_C1IR", kind, con == 8, 1,                                                         \
@@ -48,15 +48,17 @@ void forEachFill(F f) {
       #family #con "Con_" #type "_C3IR", kind, con == 8, 3,                                                         \
       [](T* p, int step, RoiSize roi, Point at, const T* v, const T* lo, const T* hi, auto* region, auto* buffer) { \
         return zvpiFloodFill_##family##con##Con_##type##_C3IR(p, step, roi, at, v, lo, hi, region, buffer);         \
-      }});
-#define ZVP_BOTH(type, T)                                                                     \
-  ZVP_EQUAL(4, type, T)                                                                       \
-  ZVP_EQUAL(8, type, T)                                                                       \
-  ZVP_NEAR(Range, FillRule::kRange, 4, type, T) ZVP_NEAR(Range, FillRule::kRange, 8, type, T) \
-      ZVP_NEAR(Grad, FillRule::kGradient, 4, type, T) ZVP_NEAR(Grad, FillRule::kGradient, 8, type, T)
-  ZVP_BOTH(8u, uint8_t)
-  ZVP_BOTH(16u, uint16_t)
-  ZVP_BOTH(32f, float)
+      }})
+#define ZVP_BOTH(type, T)                          \
+  ZVP_EQUAL(4, type, T);                           \
+  ZVP_EQUAL(8, type, T);                           \
+  ZVP_NEAR(Range, FillRule::kRange, 4, type, T);   \
+  ZVP_NEAR(Range, FillRule::kRange, 8, type, T);   \
+  ZVP_NEAR(Grad, FillRule::kGradient, 4, type, T); \
+  ZVP_NEAR(Grad, FillRule::kGradient, 8, type, T)
+  ZVP_BOTH(8u, uint8_t);
+  ZVP_BOTH(16u, uint16_t);
+  ZVP_BOTH(32f, float);
 #undef ZVP_BOTH
 #undef ZVP_NEAR
 #undef ZVP_EQUAL
