@@ -2,6 +2,7 @@
 #include <math.h>
 
 #include <algorithm>
+#include <array>
 
 #include "support/checks.h"
 #include "zvpcv/geometry.h"
@@ -9,19 +10,12 @@
 namespace zvp::test {
 namespace {
 
-constexpr Point kUnwritten{-77, -77};
-
-// --- The members -----------------------------------------------------------------------------------------------------
-
 // Scale is int where the member has a scale factor, else nothing.
 template <class S, class D, class... Scale>
 struct Member {
-  using Copy = Status(const S*, int, D*, int, RoiSize, float, float, Scale...);
-  using Intersect = Status(const S*, int, RoiSize, D*, int, RoiSize, Point32f, Point*, Point*, Scale...);
-
   const char* name;
-  Copy* copy;
-  Intersect* intersect;
+  Status (*copy)(const S*, int, D*, int, RoiSize, float, float, Scale...);
+  Status (*intersect)(const S*, int, RoiSize, D*, int, RoiSize, Point32f, Point*, Point*, Scale...);
 };
 
 template <class F>
@@ -38,15 +32,16 @@ void forEachMember(F f) {
 
 // --- The plain model -------------------------------------------------------------------------------------------------
 
+// s(y, x) gives a source pixel.
 struct FloatRule {
   float w00, w10, w01, w11;
 
   FloatRule(float fx, float fy) : w00((1 - fx) * (1 - fy)), w10(fx * (1 - fy)), w01((1 - fx) * fy), w11(fx * fy) {}
 
-  template <class D, class S>
-  D at(S s00, S s10, S s01, S s11, int) const {
-    const float a = w00 * static_cast<float>(s00), b = w10 * static_cast<float>(s10);
-    const float c = w01 * static_cast<float>(s01), d = w11 * static_cast<float>(s11);
+  template <class D, class Source>
+  D at(int y, int x, Source s, int) const {
+    const auto f = [&](int dy, int dx) { return static_cast<float>(s(y + dy, x + dx)); };
+    const float a = w00 * f(0, 0), b = w10 * f(0, 1), c = w01 * f(1, 0), d = w11 * f(1, 1);
     return ((a + b) + c) + d;
   }
 };
@@ -62,9 +57,9 @@ struct FixedRule {
     if (sum > 16384) *std::max_element(w, w + 4) += 16384 - sum;  // the first of the largest
   }
 
-  template <class D, class S>
-  D at(S s00, S s10, S s01, S s11, int scale) const {
-    const int64_t sum = w[0] * s00 + w[1] * s01 + w[2] * s10 + w[3] * s11;
+  template <class D, class Source>
+  D at(int y, int x, Source s, int scale) const {
+    const int64_t sum = w[0] * s(y, x) + w[1] * s(y + 1, x) + w[2] * s(y, x + 1) + w[3] * s(y + 1, x + 1);
     const int64_t value = (sum + (int64_t{1} << (scale + 13))) >> (scale + 14);
     return static_cast<D>(std::clamp<int64_t>(value, 0, std::numeric_limits<D>::max()));
   }
@@ -73,25 +68,33 @@ struct FixedRule {
 template <class D>
 using RuleOf = std::conditional_t<std::is_same_v<D, float>, FloatRule, FixedRule>;
 
-float fraction(float d) {
-  const float f = d - truncf(d);
-  return f < 0 ? f + 1 : f;
-}
-
 template <class S, class D>
 RuleOf<D> copyRule(float dx, float dy) {
-  float fx = fraction(dx), fy = fraction(dy);
-  if (std::is_same_v<D, float>) {
-    fx = fmaxf(fx, 1e-6f);
-    fy = fmaxf(fy, std::is_same_v<S, float> ? 1e-6f : 1e-9f);
+  const auto fraction = [](float d, float least) {
+    const float f = d - truncf(d);
+    return fmaxf(f < 0 ? f + 1 : f, std::is_same_v<D, float> ? least : 0);
+  };
+  return {fraction(dx, 1e-6f), fraction(dy, std::is_same_v<S, float> ? 1e-6f : 1e-9f)};
+}
+
+// One axis of a window, and of the part of it that lies inside.
+struct Axis {
+  int first, min, max;
+  float fraction;
+
+  Axis(float centre, int n, int extent) {
+    const float corner = centre - 0.5f * static_cast<float>(n - 1);
+    first = static_cast<int>(truncf(corner + static_cast<float>(n))) - n;
+    fraction = corner - static_cast<float>(first);
+    min = first >= extent ? 0 : std::clamp(-first, 0, n);
+    max = first >= extent ? -1 : std::min(n - 1, extent - 2 - first);
   }
-  return {fx, fy};
-}
+};
 
-int firstColumn(float centre, int n) {
-  return static_cast<int>(truncf(centre - 0.5f * static_cast<float>(n - 1) + static_cast<float>(n))) - n;
-}
+using Inside = std::array<int, 4>;
+Inside inside(Point min, Point max) { return {min.x, max.x, min.y, max.y}; }
 
+constexpr Point kUnwritten{-77, -77};
 constexpr int kScales[] = {0, -13, -8, 1, 7, 40};
 
 // --- Plain copies ----------------------------------------------------------------------------------------------------
@@ -110,79 +113,65 @@ TEST(CopySubpix, EqualsThePlainLoopAtEveryWidth) {
       const int scale = sizeof...(Scale) > 0 ? kScales[seed % std::size(kScales)] : 0;
       ASSERT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), {width, height}, dx, dy, Scale{scale}...),
                 StatusOk);
-      const auto rule = copyRule<S, D>(dx, dy);
-      const auto expected = [&](int y, int x) {
-        return rule.template at<D>(src.get(y, x), src.get(y, x + 1), src.get(y + 1, x), src.get(y + 1, x + 1),
-                                   std::min(scale, 20));
+      const auto source = [&](int y, int x) { return src.get(y, x); };
+      const auto expected = [&, rule = copyRule<S, D>(dx, dy)](int y, int x) {
+        return rule.template at<D>(y, x, source, std::min(scale, 20));
       };
       ASSERT_TRUE(matches(dst, expected, true)) << member.name << " by " << dx << ", " << dy;
     }
   });
 }
 
-template <class S, class D, class Function, class... Scale>
-D copied(Function f, const S (&s)[4], float dx, float dy, Scale... scale) {
+template <class S, class D, class... Scale>
+D copied(Status (*f)(const S*, int, D*, int, RoiSize, float, float, Scale...), const std::array<S, 4>& s, float dx,
+         float dy, Scale... scale) {
   D value{};
-  EXPECT_EQ(f(s, 2 * int{sizeof(S)}, &value, int{sizeof(D)}, {1, 1}, dx, dy, scale...), StatusOk);
+  EXPECT_EQ(f(s.data(), 2 * int{sizeof(S)}, &value, int{sizeof(D)}, {1, 1}, dx, dy, scale...), StatusOk);
   return value;
 }
 
 TEST(CopySubpix, FixedWeightsAreOneTooLargeBeforeTheyAreCorrected) {
-  const auto of = [](const uint16_t(&s)[4], float dx, float dy) {
-    return copied<uint16_t, uint16_t>(zvpiCopySubpix_16u_C1R, s, dx, dy);
+  using Four = std::array<uint16_t, 4>;
+  const auto weights = [](float dx, float dy) {  // of 65535: here, right, below, below right
+    Four result{};
+    for (size_t i = 0; i < 4; ++i) {
+      Four source{};
+      source[i] = 65535;
+      result[i] = copied(zvpiCopySubpix_16u_C1R, source, dx, dy);
+    }
+    return result;
   };
   // Four times 4097: the first becomes 4093. 4093 x 65535 / 16384 = 16371.8, 4097 x 65535 / 16384 = 16387.8.
-  EXPECT_EQ(of({65535, 0, 0, 0}, 0.5f, 0.5f), 16372);
-  EXPECT_EQ(of({0, 65535, 0, 0}, 0.5f, 0.5f), 16388);
-  EXPECT_EQ(of({0, 0, 65535, 0}, 0.5f, 0.5f), 16388);
-  // At fraction 0 the weights are 16385 - 4, 1, 1, 1.
-  EXPECT_EQ(of({65535, 0, 0, 0}, 0, 0), 65523);
-  EXPECT_EQ(of({0, 0, 0, 65535}, 0, 0), 4);
-  // fx 0, fy 0.5: 8193, 1, 8193, 1; w00 stands before w01.
-  EXPECT_EQ(of({65535, 0, 0, 0}, 0, 0.5f), 32756);
-  EXPECT_EQ(of({0, 0, 65535, 0}, 0, 0.5f), 32771);
-  // fx 0.75, fy 0.5: 2049, 6145, 2049, 6145; w10 is corrected, w11 is not.
-  EXPECT_EQ(of({0, 65535, 0, 0}, 0.75f, 0.5f), 24564);
-  EXPECT_EQ(of({0, 0, 0, 65535}, 0.75f, 0.5f), 24580);
-  // fx 0.5, fy 0.75: w01 and w11 are the largest.
-  EXPECT_EQ(of({0, 0, 65535, 0}, 0.5f, 0.75f), 24564);
-  EXPECT_EQ(of({0, 0, 0, 65535}, 0.5f, 0.75f), 24580);
+  EXPECT_EQ(weights(0.5f, 0.5f), (Four{16372, 16388, 16388, 16388}));
+  EXPECT_EQ(weights(0, 0), (Four{65523, 4, 4, 4})) << "16385 - 4, 1, 1, 1";
+  EXPECT_EQ(weights(0, 0.5f), (Four{32756, 4, 32771, 4})) << "8193, 1, 8193, 1: the first is corrected";
+  EXPECT_EQ(weights(0.75f, 0.5f), (Four{8196, 24564, 8196, 24580})) << "2049, 6145, 2049, 6145";
+  EXPECT_EQ(weights(0.5f, 0.75f), (Four{8196, 8196, 24564, 24580}));
 }
 
 TEST(CopySubpix, FractionsOfNegativeAndOfNoDisplacements) {
-  const float s[4] = {0, 100, 200, 300};
-  const auto of = [&](float dx, float dy) { return copied<float, float>(zvpiCopySubpix_32f_C1R, s, dx, dy); };
+  const auto of = [](float dx, float dy) { return copied(zvpiCopySubpix_32f_C1R, {0, 100, 200, 300}, dx, dy); };
   EXPECT_EQ(of(-0.25f, 0.5f), of(0.75f, 0.5f));
   EXPECT_NEAR(of(0.75f, 0.5f), 175, 1e-4);
   EXPECT_EQ(of(17.5f, -3.5f), of(0.5f, 0.5f));
   EXPECT_EQ(of(NAN, INFINITY), of(0, 0));
-  const uint8_t bytes[4] = {10, 20, 30, 40};
-  EXPECT_EQ((copied<uint8_t, uint8_t>(zvpiCopySubpix_8u_C1R, bytes, NAN, -INFINITY)), 10);
+  EXPECT_EQ(copied(zvpiCopySubpix_8u_C1R, {10, 20, 30, 40}, NAN, -INFINITY), 10);
 }
 
 // At fraction 0 the fractions are raised: to 1e-6 along x, and along y to 1e-6 for 32f but to 1e-9 for the others.
 TEST(CopySubpix, LeastFractions) {
-  const float belowOnly[4] = {0, 0, 1e9f, 0}, rightOnly[4] = {0, 1e9f, 0, 0};
-  EXPECT_NEAR((copied<float, float>(zvpiCopySubpix_32f_C1R, belowOnly, 0, 0)), 1000, 0.1);
-  EXPECT_NEAR((copied<float, float>(zvpiCopySubpix_32f_C1R, rightOnly, 0, 0)), 1000, 0.1);
-  EXPECT_NEAR((copied<uint8_t, float>(zvpiCopySubpix_8u32f_C1R, {0, 0, 100, 0}, 0, 0)), 1e-7, 1e-12);
-  EXPECT_NEAR((copied<uint8_t, float>(zvpiCopySubpix_8u32f_C1R, {0, 100, 0, 0}, 0, 0)), 1e-4, 1e-9);
-  EXPECT_NEAR((copied<uint16_t, float>(zvpiCopySubpix_16u32f_C1R, {0, 0, 50000, 0}, 0, 0)), 5e-5, 1e-9);
+  EXPECT_NEAR(copied(zvpiCopySubpix_32f_C1R, {0, 0, 1e9f, 0}, 0, 0), 1000, 0.1);
+  EXPECT_NEAR(copied(zvpiCopySubpix_32f_C1R, {0, 1e9f, 0, 0}, 0, 0), 1000, 0.1);
+  EXPECT_NEAR(copied(zvpiCopySubpix_8u32f_C1R, {0, 0, 100, 0}, 0, 0), 1e-7, 1e-12);
+  EXPECT_NEAR(copied(zvpiCopySubpix_8u32f_C1R, {0, 100, 0, 0}, 0, 0), 1e-4, 1e-9);
+  EXPECT_NEAR(copied(zvpiCopySubpix_16u32f_C1R, {0, 0, 50000, 0}, 0, 0), 5e-5, 1e-9);
 }
 
 TEST(CopySubpix, ScaleFactors) {
-  const uint8_t s[4] = {200, 200, 200, 200};
-  const auto of = [&](int scale) {
-    return copied<uint8_t, uint16_t>(zvpiCopySubpix_8u16u_C1R_Sfs, s, 0.5f, 0.5f, scale);
-  };
-  EXPECT_EQ(of(0), 200);
-  EXPECT_EQ(of(-8), 51200);
-  EXPECT_EQ(of(-9), 65535);  // 102400
-  EXPECT_EQ(of(-13), 65535);
-  EXPECT_EQ(of(4), 13);  // 12.5 rounds up
-  EXPECT_EQ(of(8), 1);
-  EXPECT_EQ(of(9), 0);
-  for (const int scale : {17, 18, 31, 32, INT32_MAX}) EXPECT_EQ(of(scale), 0);
+  const std::pair<int, int> cases[] = {{0, 200}, {-8, 51200}, {-9, 65535}, {-13, 65535}, {4, 13}, {8, 1},
+                                       {9, 0},   {17, 0},     {18, 0},     {31, 0},      {32, 0}, {INT32_MAX, 0}};
+  for (const auto& [scale, expected] : cases)  // 200 / 16 = 12.5 rounds up
+    EXPECT_EQ(copied(zvpiCopySubpix_8u16u_C1R_Sfs, {200, 200, 200, 200}, 0.5f, 0.5f, scale), expected) << scale;
 }
 
 // --- Windows ---------------------------------------------------------------------------------------------------------
@@ -202,42 +191,28 @@ void expectIntersectEqualsPlain(const Member<S, D, Scale...>& member, RoiSize so
   ASSERT_EQ(member.intersect(src.data(), src.step(), source, dst.data(), dst.step(), size, centre, &min, &max,
                              Scale{scale}...),
             StatusOk);
-  const int i = firstColumn(centre.x, size.width), j = firstColumn(centre.y, size.height);
-  const float cornerX = centre.x - 0.5f * static_cast<float>(size.width - 1);
-  const float cornerY = centre.y - 0.5f * static_cast<float>(size.height - 1);
-  const RuleOf<D> rule(cornerX - static_cast<float>(i), cornerY - static_cast<float>(j));
+  const Axis columns(centre.x, size.width, source.width), rows(centre.y, size.height, source.height);
   const auto pixel = [&](int y, int x) {
     return src.get(std::clamp(y, 0, source.height - 1), std::clamp(x, 0, source.width - 1));
   };
-  const auto expected = [&](int y, int x) {
-    return rule.template at<D>(pixel(j + y, i + x), pixel(j + y, i + x + 1), pixel(j + y + 1, i + x),
-                               pixel(j + y + 1, i + x + 1), scale);
+  const auto expected = [&, rule = RuleOf<D>(columns.fraction, rows.fraction)](int y, int x) {
+    return rule.template at<D>(rows.first + y, columns.first + x, pixel, scale);
   };
-  SCOPED_TRACE(member.name);
-  ASSERT_TRUE(matches(dst, expected)) << "at " << centre.x << ", " << centre.y;
-  const auto lowest = [](int first, int n, int extent) { return first >= extent ? 0 : std::clamp(-first, 0, n); };
-  const auto highest = [](int first, int n, int extent) {
-    return first >= extent ? -1 : std::min(n - 1, extent - 2 - first);
-  };
-  ASSERT_EQ(min.x, lowest(i, size.width, source.width));
-  ASSERT_EQ(min.y, lowest(j, size.height, source.height));
-  ASSERT_EQ(max.x, highest(i, size.width, source.width));
-  ASSERT_EQ(max.y, highest(j, size.height, source.height));
+  ASSERT_TRUE(matches(dst, expected)) << member.name << " at " << centre.x << ", " << centre.y;
+  ASSERT_EQ(inside(min, max), (Inside{columns.min, columns.max, rows.min, rows.max}));
 }
 
 TEST(CopySubpixIntersect, EqualsThePlainModelEverywhere) {
   forEachMember([](const auto& member) {
     unsigned seed = 0;
+    const auto within = [](unsigned n, int extent, int window) {  // as far outside as the window is wide
+      return static_cast<float>(n % 1009) / 1009 * static_cast<float>(extent + 2 * window) - static_cast<float>(window);
+    };
     for (const RoiSize source : {RoiSize{1, 1}, RoiSize{2, 3}, RoiSize{40, 30}, RoiSize{90, 3}})
       for (const int width : {1, 2, 7, 8, 15, 16, 17, 37, 70})
         for (int k = 0; k < 16; ++k) {
-          ++seed;
-          const int height = 1 + static_cast<int>(seed % 9);
-          const float reachX = static_cast<float>(source.width + 2 * width);
-          const float reachY = static_cast<float>(source.height + 2 * height);
-          const auto part = [](unsigned n) { return static_cast<float>(n % 1009) / 1009; };
-          const Point32f centre{part(seed * 389) * reachX - static_cast<float>(width),
-                                part(seed * 211) * reachY - static_cast<float>(height)};
+          const int height = 1 + static_cast<int>(++seed % 9);
+          const Point32f centre{within(seed * 389, source.width, width), within(seed * 211, source.height, height)};
           ASSERT_NO_FATAL_FAILURE(expectIntersectEqualsPlain(member, source, {width, height}, centre, seed));
         }
     for (const float x : {-60.3f, -15.0f, -14.75f, 7.0f, 7.5f, 511.99997f})  // the last one's fraction is negative
@@ -248,96 +223,65 @@ TEST(CopySubpixIntersect, EqualsThePlainModelEverywhere) {
 // A row 0 10 20 30 and windows of 3 that start at -1.5 and at 1.5: numbers by hand.
 TEST(CopySubpixIntersect, EdgesAreRepeatedAndReported) {
   const float src[4] = {0, 10, 20, 30};
-  const auto window = [&](float corner, Point& min, Point& max) {
+  Point min = kUnwritten, max = kUnwritten;
+  const auto window = [&](float corner) {
     std::vector<float> out(3);
     EXPECT_EQ(zvpiCopySubpixIntersect_32f_C1R(src, 16, {4, 1}, out.data(), 12, {3, 1}, {corner + 1, 0}, &min, &max),
               StatusOk);
     return out;
   };
-  Point min = kUnwritten, max = kUnwritten;
-  EXPECT_EQ(window(-1.5f, min, max), (std::vector<float>{0, 0, 5}));
-  EXPECT_EQ(min.x, 2);
-  EXPECT_EQ(max.x, 2);
-  EXPECT_EQ(min.y, 0);
-  EXPECT_EQ(max.y, -1);  // no row below the only one
-  EXPECT_EQ(window(1.5f, min, max), (std::vector<float>{15, 25, 30}));
-  EXPECT_EQ(min.x, 0);
-  EXPECT_EQ(max.x, 1);
-  EXPECT_EQ(window(0.0f, min, max), (std::vector<float>{0, 10, 20}));  // no fraction is raised
+  EXPECT_EQ(window(-1.5f), (std::vector<float>{0, 0, 5}));
+  EXPECT_EQ(inside(min, max), (Inside{2, 2, 0, -1})) << "no row below the only one";
+  EXPECT_EQ(window(1.5f), (std::vector<float>{15, 25, 30}));
+  EXPECT_EQ(inside(min, max), (Inside{0, 1, 0, -1}));
+  EXPECT_EQ(window(0.0f), (std::vector<float>{0, 10, 20})) << "no fraction is raised";
 }
 
 TEST(CopySubpixIntersect, PointsFarAwayTakeTheEdge) {
-  struct Far {
-    float x, expected;
-    int min, max;
-  };
   const float src[4] = {1, 2, 3, 4};
-  const Far cases[] = {{1e30f, 4, 0, -1},         {-1e30f, 1, 3, 2},  {NAN, 4, 0, -1},    {INFINITY, 4, 0, -1},
-                       {-INFINITY, 1, 3, 2},      {2.2e9f, 4, 0, -1}, {-2.2e9f, 1, 3, 2}, {2e9f, 4, 0, -1},
-                       {-2147483000.0f, 1, 3, 2}, {5, 4, 0, -1},      {-9, 1, 3, 2}};
-  for (const Far& c : cases) {
-    SCOPED_TRACE(c.x);
-    float out[3] = {};
+  const auto expectEdge = [&](float x, float edge, int first, int last) {
+    std::array<float, 3> out{};
     Point min = kUnwritten, max = kUnwritten;
-    EXPECT_EQ(zvpiCopySubpixIntersect_32f_C1R(src, 8, {2, 2}, out, 12, {3, 1}, {c.x, c.x}, &min, &max), StatusOk);
-    for (const float value : out) EXPECT_EQ(value, c.expected);
-    EXPECT_EQ(min.x, c.min);
-    EXPECT_EQ(max.x, c.max);
-  }
+    EXPECT_EQ(zvpiCopySubpixIntersect_32f_C1R(src, 8, {2, 2}, out.data(), 12, {3, 1}, {x, x}, &min, &max), StatusOk);
+    EXPECT_EQ(out, (std::array{edge, edge, edge})) << x;
+    EXPECT_EQ(std::pair(min.x, max.x), std::pair(first, last)) << x;
+  };
+  for (const float x : {1e30f, NAN, INFINITY, 2.2e9f, 2e9f, 5.0f}) expectEdge(x, 4, 0, -1);
+  for (const float x : {-1e30f, -INFINITY, -2.2e9f, -2147483000.0f, -9.0f}) expectEdge(x, 1, 3, 2);
 }
 
 // --- Checks ----------------------------------------------------------------------------------------------------------
 
+constexpr RoiSize kRoi{5, 3};
+
 TEST(CopySubpix, ChecksInOrderAndWritesNothing) {
   forEachMember([]<class S, class D, class... Scale>(const Member<S, D, Scale...>& member) {
-    const Image<S> src(6, 4);
-    const Image<D> dst(5, 3);
-    const auto before = dst.bytes();
-    const int badScale = sizeof...(Scale) > 0 ? -14 : 0;
-    // The tight step of the source is shorter than its rows, which the checks do not see.
-    const Operand source{src.data(), 5 * int{sizeof(S)}, sizeof(S)}, target{dst.data(), dst.step(), sizeof(D)};
-    expectStandardChecks({member.name, {source, target}, {}, {5, 3}, [&](const auto& o, const auto&, RoiSize roi) {
-                            return member.copy(static_cast<const S*>(o[0].data), o[0].step,
-                                               static_cast<D*>(const_cast<void*>(o[1].data)), o[1].step, roi, 0.5f,
-                                               0.5f, Scale{badScale}...);
-                          }});
-    if (sizeof...(Scale) > 0) {
-      EXPECT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), {5, 3}, 0, 0, Scale{-14}...), ErrBadArg);
-      EXPECT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), {5, 3}, 0, 0, Scale{INT32_MIN}...),
-                ErrBadArg);
-    }
-    EXPECT_EQ(dst.bytes(), before);
-  });
-}
-
-TEST(CopySubpixIntersect, ChecksInOrderAndWritesNothing) {
-  forEachMember([]<class S, class D, class... Scale>(const Member<S, D, Scale...>& member) {
-    const Image<S> src(5, 3);
-    const Image<D> dst(5, 3);
+    const Image<S> src(kRoi.width, kRoi.height);
+    const Image<D> dst(kRoi.width, kRoi.height);
     const auto before = dst.bytes();
     Point min = kUnwritten, max = kUnwritten;
-    const int badScale = sizeof...(Scale) > 0 ? -14 : 0;
-    const auto point = [](const void* p) { return static_cast<Point*>(const_cast<void*>(p)); };
-    const auto invoke = [&](RoiSize srcRoi, const std::vector<Operand>& o, const std::vector<const void*>& p,
-                            RoiSize roi) {
-      return member.intersect(static_cast<const S*>(o[0].data), o[0].step, srcRoi,
-                              static_cast<D*>(const_cast<void*>(o[1].data)), o[1].step, roi, {2, 1}, point(p[0]),
-                              point(p[1]), Scale{badScale}...);
+    const auto intersect = [&](RoiSize srcRoi, RoiSize dstRoi, [[maybe_unused]] int scale) {
+      return member.intersect(src.data(), src.step(), srcRoi, dst.data(), dst.step(), dstRoi, {2, 1}, &min, &max,
+                              Scale{scale}...);
     };
-    const std::vector<Operand> operands = {{src.data(), src.step(), sizeof(S)}, {dst.data(), dst.step(), sizeof(D)}};
-    expectStandardChecks({member.name, operands, {&min, &max}, {5, 3}, [&](const auto& o, const auto& p, RoiSize roi) {
-                            return invoke(roi, o, p, roi);
-                          }});
-    for (const RoiSize empty : {RoiSize{0, 3}, RoiSize{5, 0}, RoiSize{-1, INT32_MIN}})
-      EXPECT_EQ(invoke(empty, operands, {&min, &max}, {5, 3}), ErrSize);
-    EXPECT_EQ(invoke({6, 3}, operands, {&min, &max}, {5, 3}), ErrStep);
-    EXPECT_EQ(invoke({5, 3}, operands, {&min, &max}, {6, 3}), ErrStep);
-    if (sizeof...(Scale) > 0) {
-      EXPECT_EQ(invoke({5, 3}, operands, {&min, &max}, {5, 3}), ErrBadArg);
+    expectStandardChecks(
+        callOf(member.name, member.copy, operandOf(src), operandOf(dst), kRoi, 0.5f, 0.5f, Scale{-14}...));
+    expectStandardChecks(callOf(member.name, member.intersect, operandOf(src), kRoi, operandOf(dst), kRoi,
+                                Point32f{2, 1}, &min, &max, Scale{-14}...));
+    for (const RoiSize empty : {RoiSize{0, 3}, RoiSize{5, 0}, RoiSize{-1, INT32_MIN}}) {
+      EXPECT_EQ(intersect(empty, {6, 3}, -14), ErrSize);
+      EXPECT_EQ(intersect({6, 3}, empty, -14), ErrSize);
+    }
+    EXPECT_EQ(intersect({6, 3}, kRoi, -14), ErrStep);
+    EXPECT_EQ(intersect(kRoi, {6, 3}, -14), ErrStep);
+    if constexpr (sizeof...(Scale) > 0) {
+      for (const int scale : {-14, INT32_MIN}) {
+        EXPECT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), kRoi, 0, 0, scale), ErrBadArg);
+        EXPECT_EQ(intersect(kRoi, kRoi, scale), ErrBadArg);
+      }
     }
     EXPECT_EQ(dst.bytes(), before);
-    EXPECT_EQ(min.x, kUnwritten.x);
-    EXPECT_EQ(max.y, kUnwritten.y);
+    EXPECT_EQ(inside(min, max), inside(kUnwritten, kUnwritten));
   });
 }
 
