@@ -1,3 +1,4 @@
+// Absolute differences against a plain loop, and their checks.
 #include <cmath>
 #include <limits>
 
@@ -8,6 +9,10 @@
 namespace zvp::test {
 namespace {
 
+constexpr int kWidest = 150;  // more than two registers of bytes in the widest build
+constexpr int kHeight = 3;
+constexpr float kInf = std::numeric_limits<float>::infinity();
+
 template <class T>
 T plainAbsDiff(T a, T b) {
   if constexpr (std::is_same_v<T, float>) {
@@ -17,133 +22,72 @@ T plainAbsDiff(T a, T b) {
   }
 }
 
-constexpr int kWidest = 150;  // more than two registers of bytes in the widest build
-constexpr int kHeight = 3;
-
-template <class T>
-using AbsDiff = Status (*)(const T*, int, const T*, int, T*, int, RoiSize);
-
-template <class T>
-void expectAbsDiff(AbsDiff<T> function, int channels) {
+// call(a, b, dst, roi) writes |a - b|, also into a. `subtrahends` gives the values of b.
+template <class T, class Call, class Subtrahends>
+void expectDifferences(int channels, Call call, Subtrahends subtrahends) {
   Values<T> values(1);
   for (const Placement placement : kPlacements) {
     for (int width = 1; width * channels <= kWidest; ++width) {
       const int n = width * channels, gap = width % 2 * int{sizeof(T)};  // rows with and without gaps
-      const Image<T> a(n, kHeight, 0, placement), b(n, kHeight, 3 * gap, placement), dst(n, kHeight, gap, placement);
+      const Image<T> a(n, kHeight, gap, placement), b(n, kHeight, 3 * gap, placement), dst(n, kHeight, 0, placement);
       a.fill(values);
-      b.fill(values);
-      const RoiSize roi{width, kHeight};
-      ASSERT_EQ(function(a.data(), a.step(), b.data(), b.step(), dst.data(), dst.step(), roi), StatusOk);
+      b.fill(subtrahends);
+      ASSERT_EQ(call(a, b, dst, RoiSize{width, kHeight}), StatusOk);
       ASSERT_TRUE(matches(dst, [&](int y, int x) { return plainAbsDiff(a.get(y, x), b.get(y, x)); }));
-      ASSERT_EQ(function(b.data(), b.step(), a.data(), a.step(), b.data(), b.step(), roi), StatusOk);
-      ASSERT_TRUE(matches(b, [&](int y, int x) { return dst.get(y, x); })) << "in place";
+      ASSERT_EQ(call(a, b, a, RoiSize{width, kHeight}), StatusOk);
+      ASSERT_TRUE(matches(a, [&](int y, int x) { return dst.get(y, x); })) << "in place";
     }
   }
 }
 
-template <class T, class Constant>
-using AbsDiffC = Status (*)(const T*, int, T*, int, RoiSize, Constant);
+template <class T>
+void expectAbsDiff(const char* name, Status (*f)(const T*, int, const T*, int, T*, int, RoiSize), int channels = 1) {
+  const auto call = [f](const auto& a, const auto& b, const auto& dst, RoiSize roi) {
+    return callOnImages(f, roi, a, b, dst);
+  };
+  expectDifferences<T>(channels, call, Values<T>(2));
+  expectImageChecks(name, f, {6 / channels, 2}, std::tuple(), Image<T>(6, 2), Image<T>(6, 2), Image<T>(6, 2));
+}
 
+TEST(AbsDiff, EqualsThePlainLoopAndChecksInOrder) {
+  expectAbsDiff("8u_C1R", zvpiAbsDiff_8u_C1R);
+  expectAbsDiff("8u_C3R", zvpiAbsDiff_8u_C3R, 3);
+  expectAbsDiff("16u_C1R", zvpiAbsDiff_16u_C1R);
+  expectAbsDiff("32f_C1R", zvpiAbsDiff_32f_C1R);
+}
+
+// `constants`: the values to call with, and what each is clamped to.
 template <class T, class Constant>
-void expectAbsDiffC(AbsDiffC<T, Constant> function, Constant value, T clamped) {
-  Values<T> values(2);
-  for (const Placement placement : kPlacements) {
-    for (int width = 1; width <= kWidest; ++width) {
-      const int gap = width % 2 * int{sizeof(T)};
-      const Image<T> src(width, kHeight, gap, placement), dst(width, kHeight, 0, placement);
-      src.fill(values);
-      const RoiSize roi{width, kHeight};
-      ASSERT_EQ(function(src.data(), src.step(), dst.data(), dst.step(), roi, value), StatusOk);
-      ASSERT_TRUE(matches(dst, [&](int y, int x) { return plainAbsDiff(src.get(y, x), clamped); }));
-      ASSERT_EQ(function(src.data(), src.step(), src.data(), src.step(), roi, value), StatusOk);
-      ASSERT_TRUE(matches(src, [&](int y, int x) { return dst.get(y, x); })) << "in place";
-    }
+void expectAbsDiffC(const char* name, Status (*f)(const T*, int, T*, int, RoiSize, Constant),
+                    const std::vector<std::pair<Constant, T>>& constants) {
+  for (const auto& [constant, clamped] : constants) {
+    const auto withConstant = [f, c = constant](auto... arguments) { return f(arguments..., c); };
+    const auto call = [&](const auto& src, const auto&, const auto& dst, RoiSize roi) {
+      return callOnImages(withConstant, roi, src, dst);
+    };
+    expectDifferences<T>(1, call, [&] { return clamped; });
+    expectImageChecks(name, withConstant, {6, 2}, std::tuple(), Image<T>(6, 2), Image<T>(6, 2));
   }
 }
 
-TEST(AbsDiff, EqualsThePlainLoop) {
-  expectAbsDiff<uint8_t>(zvpiAbsDiff_8u_C1R, 1);
-  expectAbsDiff<uint8_t>(zvpiAbsDiff_8u_C3R, 3);
-  expectAbsDiff<uint16_t>(zvpiAbsDiff_16u_C1R, 1);
-  expectAbsDiff<float>(zvpiAbsDiff_32f_C1R, 1);
-}
-
-TEST(AbsDiffC, EqualsThePlainLoopAfterClamping) {
-  for (const int value : {INT32_MIN, -5, 0}) {
-    expectAbsDiffC<uint8_t, int>(zvpiAbsDiffC_8u_C1R, value, 0);
-    expectAbsDiffC<uint16_t, int>(zvpiAbsDiffC_16u_C1R, value, 0);
-  }
-  expectAbsDiffC<uint8_t, int>(zvpiAbsDiffC_8u_C1R, 117, 117);
-  expectAbsDiffC<uint16_t, int>(zvpiAbsDiffC_16u_C1R, 40000, 40000);
-  for (const int value : {65535, 65536, INT32_MAX}) {
-    expectAbsDiffC<uint8_t, int>(zvpiAbsDiffC_8u_C1R, value, 255);
-    expectAbsDiffC<uint16_t, int>(zvpiAbsDiffC_16u_C1R, value, 65535);
-  }
-  expectAbsDiffC<uint8_t, int>(zvpiAbsDiffC_8u_C1R, 256, 255);
-  constexpr float kInf = std::numeric_limits<float>::infinity();
-  for (const float value : {0.0f, -0.0f, 1.5f, kInf, -kInf, std::nanf("")})
-    expectAbsDiffC<float, float>(zvpiAbsDiffC_32f_C1R, value, value);
+TEST(AbsDiffC, EqualsThePlainLoopAfterClampingAndChecksInOrder) {
+  expectAbsDiffC<uint8_t, int>(
+      "8u_C1R", zvpiAbsDiffC_8u_C1R,
+      {{INT32_MIN, 0}, {-5, 0}, {0, 0}, {117, 117}, {256, 255}, {65535, 255}, {65536, 255}, {INT32_MAX, 255}});
+  expectAbsDiffC<uint16_t, int>(
+      "16u_C1R", zvpiAbsDiffC_16u_C1R,
+      {{INT32_MIN, 0}, {-5, 0}, {0, 0}, {40000, 40000}, {65535, 65535}, {65536, 65535}, {INT32_MAX, 65535}});
+  expectAbsDiffC<float, float>("32f_C1R", zvpiAbsDiffC_32f_C1R,
+                               {{0.0f, 0.0f}, {-0.0f, -0.0f}, {1.5f, 1.5f}, {kInf, kInf}, {-kInf, -kInf}, {NAN, NAN}});
 }
 
 TEST(AbsDiff, FloatSignsAreCleared) {
-  constexpr float kInf = std::numeric_limits<float>::infinity();
-  const float a[] = {-0.0f, kInf, -kInf, -kInf, std::copysign(std::nanf(""), -1.0f), 1.0f};
+  const float a[] = {-0.0f, kInf, -kInf, -kInf, std::copysign(NAN, -1.0f), 1.0f};
   const float b[] = {0.0f, kInf, -kInf, kInf, 1.0f, 3.0f};
   float dst[6];
   ASSERT_EQ(zvpiAbsDiff_32f_C1R(a, sizeof a, b, sizeof b, dst, sizeof dst, {6, 1}), StatusOk);
-  for (const float value : dst) EXPECT_FALSE(std::signbit(value));
-  EXPECT_EQ(dst[0], 0.0f);
-  EXPECT_TRUE(std::isnan(dst[1]) && std::isnan(dst[2]) && std::isnan(dst[4]));
-  EXPECT_EQ(dst[3], kInf);
-  EXPECT_EQ(dst[5], 2.0f);
-}
-
-template <class T>
-Call absDiffCall(const char* name, AbsDiff<T> function, int channels, const Image<T>& a, const Image<T>& b,
-                 const Image<T>& dst) {
-  constexpr int kSize = sizeof(T);
-  return {name,
-          {{a.data(), a.step(), kSize}, {b.data(), b.step(), kSize}, {dst.data(), dst.step(), kSize}},
-          {},
-          {a.width() / channels, a.height()},
-          [function](const auto& o, const auto&, RoiSize roi) {
-            return function(static_cast<const T*>(o[0].data), o[0].step, static_cast<const T*>(o[1].data), o[1].step,
-                            static_cast<T*>(const_cast<void*>(o[2].data)), o[2].step, roi);
-          }};
-}
-
-template <class T>
-void expectAbsDiffChecks(const char* name, AbsDiff<T> function, int channels) {
-  const Image<T> a(6, 2), b(6, 2), dst(6, 2);
-  const auto before = dst.bytes();
-  expectStandardChecks(absDiffCall(name, function, channels, a, b, dst));
-  EXPECT_EQ(dst.bytes(), before);
-}
-
-template <class T, class Constant>
-void expectAbsDiffCChecks(const char* name, AbsDiffC<T, Constant> function) {
-  const Image<T> src(6, 2), dst(6, 2);
-  const auto before = dst.bytes();
-  constexpr int kSize = sizeof(T);
-  expectStandardChecks({name,
-                        {{src.data(), src.step(), kSize}, {dst.data(), dst.step(), kSize}},
-                        {},
-                        {6, 2},
-                        [function](const auto& o, const auto&, RoiSize roi) {
-                          return function(static_cast<const T*>(o[0].data), o[0].step,
-                                          static_cast<T*>(const_cast<void*>(o[1].data)), o[1].step, roi, Constant(1));
-                        }});
-  EXPECT_EQ(dst.bytes(), before);
-}
-
-TEST(AbsDiff, ChecksInOrderAndWritesNothing) {
-  expectAbsDiffChecks<uint8_t>("8u_C1R", zvpiAbsDiff_8u_C1R, 1);
-  expectAbsDiffChecks<uint8_t>("8u_C3R", zvpiAbsDiff_8u_C3R, 3);
-  expectAbsDiffChecks<uint16_t>("16u_C1R", zvpiAbsDiff_16u_C1R, 1);
-  expectAbsDiffChecks<float>("32f_C1R", zvpiAbsDiff_32f_C1R, 1);
-  expectAbsDiffCChecks<uint8_t, int>("C_8u_C1R", zvpiAbsDiffC_8u_C1R);
-  expectAbsDiffCChecks<uint16_t, int>("C_16u_C1R", zvpiAbsDiffC_16u_C1R);
-  expectAbsDiffCChecks<float, float>("C_32f_C1R", zvpiAbsDiffC_32f_C1R);
+  const float expected[] = {0.0f, NAN, NAN, kInf, NAN, 2.0f};
+  for (int i = 0; i < 6; ++i) EXPECT_TRUE(sameBits(dst[i], expected[i], true) && !std::signbit(dst[i])) << i;
 }
 
 }  // namespace

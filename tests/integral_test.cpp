@@ -13,6 +13,8 @@ using Wrapped = std::conditional_t<std::is_same_v<S, int32_t>, uint32_t, S>;
 template <class S>
 using Expected = std::vector<std::vector<S>>;
 
+constexpr int kWidest = 70, kHeight = 5;  // rows go in pairs, so one is left over
+
 int64_t term(int pixel, bool squared) { return squared ? pixel * pixel : pixel; }
 
 template <class S>
@@ -54,91 +56,63 @@ Expected<S> plainTilted(const Image<uint8_t>& src, S start, bool squared) {
   return t;
 }
 
-struct Model {
-  template <class S>
-  static Expected<S> table(bool tilted, const Image<uint8_t>& src, S start, bool squared) {
-    return tilted ? plainTilted(src, start, squared) : plainIntegral(src, start, squared);
-  }
-};
-
 template <class S>
-::testing::AssertionResult equals(const Image<S>& table, const Expected<S>& expected) {
-  return matches(table, [&](int y, int x) { return expected[y][x]; });
+::testing::AssertionResult equals(const Image<S>& table, const Expected<S>& expected, bool anyNan = false) {
+  return matches(
+      table, [&](int y, int x) { return expected[y][x]; }, anyNan);
 }
 
-// Sources whose sums grow fast, among them pixels of 255 only.
-void fillSource(const Image<uint8_t>& src, int round) {
-  Values<uint8_t> values(static_cast<unsigned>(round));
-  if (round % 3 == 0) {
-    src.fill([] { return 255; });
-  } else {
-    src.fill(values);
-  }
-}
-
-constexpr int kWidest = 70, kHeight = 5;  // rows go in pairs, so one is left over
-
-template <class S>
-using Sums = Status (*)(const uint8_t*, int, S*, int, RoiSize, S);
-
-template <class S>
-void expectSums(Sums<S> function, bool tilted, S start) {
+// Tables of sums and, as the second one, of squares; sources whose sums grow fast, among them pixels of 255 only.
+template <class F, class... S>
+void expectTables(const char* name, F f, bool tilted, S... starts) {
   const int margin = tilted ? 2 : 1;
+  const auto call = [=](auto... arguments) { return f(arguments..., starts...); };
   for (int width = 1; width <= kWidest; ++width) {
-    const Placement placement = kPlacements[static_cast<size_t>(width) % kPlacements.size()];
-    const Image<uint8_t> src(width, kHeight, width % 5, placement);
-    const Image<S> dst(width + margin, kHeight + margin, width % 3 * int{sizeof(S)}, placement);
-    fillSource(src, width);
-    ASSERT_EQ(function(src.data(), src.step(), dst.data(), dst.step(), {width, kHeight}, start), StatusOk);
-    ASSERT_TRUE(equals(dst, Model::table(tilted, src, start, false)));
+    const Image<uint8_t> src(width, kHeight, width % 5, somePlacement(width));
+    Values<uint8_t> values(static_cast<unsigned>(width));
+    src.fill([&] { return width % 3 == 0 ? 255 : values(); });
+    const auto expectEach = [&](const Image<S>&... tables) {
+      ASSERT_EQ(callOnImages(call, {width, kHeight}, src, tables...), StatusOk);
+      bool squared = false;
+      const auto expectOne = [&](const auto& table, auto start) {
+        const auto expected = tilted ? plainTilted(src, start, squared) : plainIntegral(src, start, squared);
+        EXPECT_TRUE(equals(table, expected)) << name << (squared ? ", squares" : ", sums");
+        squared = true;
+      };
+      (expectOne(tables, starts), ...);
+    };
+    const int rows = kHeight + margin, step = width % 3;
+    expectEach(Image<S>(width + margin, rows, step * int{sizeof(S)}, somePlacement(width))...);
+    if (testing::Test::HasFailure()) return;
   }
+  expectImageChecks(name, call, {5, 3}, std::tuple(), Image<uint8_t>(5, 3), Image<S>(5 + margin, 3 + margin)...);
 }
 
-template <class S, class Q>
-using SumsAndSquares = Status (*)(const uint8_t*, int, S*, int, Q*, int, RoiSize, S, Q);
-
-template <class S, class Q>
-void expectSumsAndSquares(SumsAndSquares<S, Q> function, bool tilted, S start, Q startSquares) {
-  const int margin = tilted ? 2 : 1;
-  for (int width = 1; width <= kWidest; ++width) {
-    const Placement placement = kPlacements[static_cast<size_t>(width) % kPlacements.size()];
-    const Image<uint8_t> src(width, kHeight, width % 5, placement);
-    const Image<S> dst(width + margin, kHeight + margin, width % 3 * int{sizeof(S)}, placement);
-    const Image<Q> sqr(width + margin, kHeight + margin, width % 2 * int{sizeof(Q)}, placement);
-    fillSource(src, width);
-    ASSERT_EQ(function(src.data(), src.step(), dst.data(), dst.step(), sqr.data(), sqr.step(), {width, kHeight}, start,
-                       startSquares),
-              StatusOk);
-    ASSERT_TRUE(equals(dst, Model::table(tilted, src, start, false)));
-    ASSERT_TRUE(equals(sqr, Model::table(tilted, src, startSquares, true)));
-  }
+TEST(Integral, EqualsThePlainLoopAndChecksInOrder) {
+  for (const int32_t start : {0, 5, INT32_MAX - 1000}) expectTables("8u32s", zvpiIntegral_8u32s_C1R, false, start);
+  for (const float start : {0.0f, 0.3f, -16777215.0f}) expectTables("8u32f", zvpiIntegral_8u32f_C1R, false, start);
+  expectTables("Sqr_8u32s", zvpiSqrIntegral_8u32s_C1R, false, -3, INT32_MAX - 100000);
+  expectTables("Sqr_8u32s64f", zvpiSqrIntegral_8u32s64f_C1R, false, INT32_MAX, 0.1);
+  expectTables("Sqr_8u32f64f", zvpiSqrIntegral_8u32f64f_C1R, false, 1e7f, -7.25);
 }
 
-TEST(Integral, EqualsThePlainLoop) {
-  for (const int32_t start : {0, 5, INT32_MAX - 1000}) expectSums<int32_t>(zvpiIntegral_8u32s_C1R, false, start);
-  for (const float start : {0.0f, 0.3f, -16777215.0f}) expectSums<float>(zvpiIntegral_8u32f_C1R, false, start);
-  expectSumsAndSquares<int32_t, int32_t>(zvpiSqrIntegral_8u32s_C1R, false, -3, INT32_MAX - 100000);
-  expectSumsAndSquares<int32_t, double>(zvpiSqrIntegral_8u32s64f_C1R, false, INT32_MAX, 0.1);
-  expectSumsAndSquares<float, double>(zvpiSqrIntegral_8u32f64f_C1R, false, 1e7f, -7.25);
+TEST(TiltedIntegral, EqualsTheRecurrenceAndChecksInOrder) {
+  for (const int32_t start : {0, 5, INT32_MAX - 1000}) expectTables("8u32s", zvpiTiltedIntegral_8u32s_C1R, true, start);
+  for (const float start : {0.0f, 0.3f, -16777215.0f}) expectTables("8u32f", zvpiTiltedIntegral_8u32f_C1R, true, start);
+  expectTables("Sqr_8u32s", zvpiTiltedSqrIntegral_8u32s_C1R, true, -3, INT32_MAX - 100000);
+  expectTables("Sqr_8u32s64f", zvpiTiltedSqrIntegral_8u32s64f_C1R, true, INT32_MAX, 0.1);
+  expectTables("Sqr_8u32f64f", zvpiTiltedSqrIntegral_8u32f64f_C1R, true, 1e7f, -7.25);
 }
 
-TEST(TiltedIntegral, EqualsTheRecurrence) {
-  for (const int32_t start : {0, 5, INT32_MAX - 1000}) expectSums<int32_t>(zvpiTiltedIntegral_8u32s_C1R, true, start);
-  for (const float start : {0.0f, 0.3f, -16777215.0f}) expectSums<float>(zvpiTiltedIntegral_8u32f_C1R, true, start);
-  expectSumsAndSquares<int32_t, int32_t>(zvpiTiltedSqrIntegral_8u32s_C1R, true, -3, INT32_MAX - 100000);
-  expectSumsAndSquares<int32_t, double>(zvpiTiltedSqrIntegral_8u32s64f_C1R, true, INT32_MAX, 0.1);
-  expectSumsAndSquares<float, double>(zvpiTiltedSqrIntegral_8u32f64f_C1R, true, 1e7f, -7.25);
-}
-
-TEST(Integral, FloatSourceAddsPixelByPixel) {
+TEST(Integral, FloatSourceAddsPixelByPixelAndChecksInOrder) {
   Values<float> values(3);
   for (int width = 1; width <= kWidest; ++width) {
     for (const int height : {1, 7, 8, 9, 19}) {
-      const Placement placement = kPlacements[static_cast<size_t>(width) % kPlacements.size()];
+      const Placement placement = somePlacement(width);
       const Image<float> src(width, height, 4, placement), dst(width + 1, height + 1, 8, placement);
       int count = 0;
       src.fill([&] { return ++count % 50 == 0 ? values() : static_cast<float>(count % 97) / 7.0f; });
-      ASSERT_EQ(zvpiIntegral_32f_C1R(src.data(), src.step(), dst.data(), dst.step(), {width, height}), StatusOk);
+      ASSERT_EQ(callOnImages(zvpiIntegral_32f_C1R, {width, height}, src, dst), StatusOk);
       Expected<float> t(height + 1, std::vector<float>(width + 1, 0.0f));
       for (int y = 0; y < height; ++y) {
         float sum = 0.0f;
@@ -147,10 +121,10 @@ TEST(Integral, FloatSourceAddsPixelByPixel) {
           t[y + 1][x + 1] = sum + t[y][x + 1];
         }
       }
-      ASSERT_TRUE(matches(
-          dst, [&](int y, int x) { return t[y][x]; }, true));
+      ASSERT_TRUE(equals(dst, t, true));
     }
   }
+  expectImageChecks("32f", zvpiIntegral_32f_C1R, {5, 3}, std::tuple(), Image<float>(5, 3), Image<float>(6, 4));
 }
 
 TEST(Integral, SquaresOfALongRowStayExact) {  // more than 2^32 in one row
@@ -159,9 +133,8 @@ TEST(Integral, SquaresOfALongRowStayExact) {  // more than 2^32 in one row
   src.fill([] { return 255; });
   const Image<int32_t> dst(kWidth + 1, 2);
   const Image<double> sqr(kWidth + 1, 2);
-  ASSERT_EQ(zvpiSqrIntegral_8u32s64f_C1R(src.data(), src.step(), dst.data(), dst.step(), sqr.data(), sqr.step(),
-                                         {kWidth, 1}, 0, 0.0),
-            StatusOk);
+  const auto call = [](auto... arguments) { return zvpiSqrIntegral_8u32s64f_C1R(arguments..., 0, 0.0); };
+  ASSERT_EQ(callOnImages(call, {kWidth, 1}, src, dst, sqr), StatusOk);
   EXPECT_EQ(sqr.get(1, kWidth), 65025.0 * kWidth);
 }
 
@@ -176,71 +149,6 @@ TEST(Integral, HandComputedTables) {
   int32_t t[16] = {};
   ASSERT_EQ(zvpiTiltedIntegral_8u32s_C1R(square, 2, t, 16, {2, 2}, 0), StatusOk);
   EXPECT_EQ(std::vector<int32_t>(t + 8, t + 16), (std::vector<int32_t>{0, 3, 2, 0, 3, 9, 7, 2}));
-}
-
-template <class S>
-Call sumsCall(const char* name, Sums<S> function, const Image<uint8_t>& src, const Image<S>& dst) {
-  return {name,
-          {{src.data(), src.step(), 1}, {dst.data(), dst.step(), 4}},
-          {},
-          {src.width(), src.height()},
-          [function](const auto& o, const auto&, RoiSize roi) {
-            return function(static_cast<const uint8_t*>(o[0].data), o[0].step,
-                            static_cast<S*>(const_cast<void*>(o[1].data)), o[1].step, roi, S(1));
-          }};
-}
-
-template <class S>
-void expectSumsChecks(const char* name, Sums<S> function, int margin) {
-  const Image<uint8_t> src(5, 3);
-  const Image<S> dst(5 + margin, 3 + margin);
-  const auto before = dst.bytes();
-  expectStandardChecks(sumsCall(name, function, src, dst));
-  EXPECT_EQ(dst.bytes(), before);
-}
-
-template <class S, class Q>
-void expectSquaresChecks(const char* name, SumsAndSquares<S, Q> function, int margin) {
-  const Image<uint8_t> src(5, 3);
-  const Image<S> dst(5 + margin, 3 + margin);
-  const Image<Q> sqr(5 + margin, 3 + margin);
-  const auto before = dst.bytes(), beforeSqr = sqr.bytes();
-  expectStandardChecks(
-      {name,
-       {{src.data(), src.step(), 1}, {dst.data(), dst.step(), 4}, {sqr.data(), sqr.step(), int{sizeof(Q)}}},
-       {},
-       {5, 3},
-       [function](const auto& o, const auto&, RoiSize roi) {
-         return function(static_cast<const uint8_t*>(o[0].data), o[0].step,
-                         static_cast<S*>(const_cast<void*>(o[1].data)), o[1].step,
-                         static_cast<Q*>(const_cast<void*>(o[2].data)), o[2].step, roi, S(1), Q(1));
-       }});
-  EXPECT_EQ(dst.bytes(), before);
-  EXPECT_EQ(sqr.bytes(), beforeSqr);
-}
-
-TEST(Integral, ChecksInOrderAndWritesNothing) {
-  expectSumsChecks<int32_t>("Integral_8u32s", zvpiIntegral_8u32s_C1R, 1);
-  expectSumsChecks<float>("Integral_8u32f", zvpiIntegral_8u32f_C1R, 1);
-  expectSumsChecks<int32_t>("Tilted_8u32s", zvpiTiltedIntegral_8u32s_C1R, 2);
-  expectSumsChecks<float>("Tilted_8u32f", zvpiTiltedIntegral_8u32f_C1R, 2);
-  expectSquaresChecks<int32_t, int32_t>("Sqr_8u32s", zvpiSqrIntegral_8u32s_C1R, 1);
-  expectSquaresChecks<int32_t, double>("Sqr_8u32s64f", zvpiSqrIntegral_8u32s64f_C1R, 1);
-  expectSquaresChecks<float, double>("Sqr_8u32f64f", zvpiSqrIntegral_8u32f64f_C1R, 1);
-  expectSquaresChecks<int32_t, int32_t>("TiltedSqr_8u32s", zvpiTiltedSqrIntegral_8u32s_C1R, 2);
-  expectSquaresChecks<int32_t, double>("TiltedSqr_8u32s64f", zvpiTiltedSqrIntegral_8u32s64f_C1R, 2);
-  expectSquaresChecks<float, double>("TiltedSqr_8u32f64f", zvpiTiltedSqrIntegral_8u32f64f_C1R, 2);
-
-  const Image<float> src(5, 3), dst(6, 4);
-  expectStandardChecks({"Integral_32f",
-                        {{src.data(), src.step(), 4}, {dst.data(), dst.step(), 4}},
-                        {},
-                        {5, 3},
-                        [](const auto& o, const auto&, RoiSize roi) {
-                          return zvpiIntegral_32f_C1R(static_cast<const float*>(o[0].data), o[0].step,
-                                                      static_cast<float*>(const_cast<void*>(o[1].data)), o[1].step,
-                                                      roi);
-                        }});
 }
 
 }  // namespace

@@ -45,28 +45,32 @@ double plainVariance(const Image<S>& src, const Image<Q>& sqr, const Geometry& g
   return meanSq - square;
 }
 
-float floatResult(double variance) { return std::sqrt(static_cast<float>(variance)); }
+float plainResult(double variance) { return std::sqrt(static_cast<float>(variance)); }
 
-int32_t scaledResult(double variance, int scaleFactor) {
-  const double root = std::sqrt(variance < 0 ? 0.0 : variance);
-  const double scaled = std::nearbyint(std::ldexp(root, -scaleFactor));
+int32_t plainResult(double variance, int scaleFactor) {
+  if (variance <= 0) return 0;
+  const double scaled = std::nearbyint(std::ldexp(std::sqrt(variance), -std::max(scaleFactor, -1500)));
   return scaled >= 2147483647.0 ? INT32_MAX : static_cast<int32_t>(scaled);
 }
 
-constexpr int kHeight = 3, kWidest = 40;
-const Rect kRects[] = {{0, 0, 1, 1}, {1, 2, 3, 4}, {3, 0, 5, 2}};
+// What follows the region: the rectangle and, for some members, the scale factor.
+template <class S, class Q, class T, class... Factor>
+using StdDev = Status (*)(const S*, int, const Q*, int, T*, int, RoiSize, Rect, Factor...);
+
+// Columns of a table that a call asks for beyond the region's width.
+int marginOf(Rect r, bool isTilted) { return isTilted ? r.width + r.x + r.y + r.height - 1 : r.x + r.width; }
 
 // Tables large enough for the rectangle at every position; the row length is what the call asks for, or all it reads.
-template <class S, class Q, class T, class Function, class Result>
-void expectStdDev(Function function, bool isTilted, Result result, bool plausible) {
+template <class S, class Q, class T, class... Factor>
+void expectStdDev(StdDev<S, Q, T, Factor...> f, bool isTilted, bool plausible, Factor... factor) {
+  constexpr int kHeight = 3, kWidest = 40;
   unsigned seed = 0;
-  for (const Rect r : kRects) {
-    const int columns =
-        isTilted ? std::max(r.x + r.width + r.height, r.width + r.x + r.y + r.height - 1) : r.x + r.width;
+  for (const Rect r : {Rect{0, 0, 1, 1}, {1, 2, 3, 4}, {3, 0, 5, 2}}) {
+    const int columns = isTilted ? std::max(r.x + r.width + r.height, marginOf(r, true)) : marginOf(r, false);
     const int rows = kHeight + r.y + r.height + (isTilted ? r.width : 0);
     const Geometry g = isTilted ? tilted(r) : upright(r);
     for (int width = 1; width <= kWidest; ++width) {
-      const Placement placement = kPlacements[static_cast<size_t>(width) % kPlacements.size()];
+      const Placement placement = somePlacement(width);
       const Image<S> src(width + columns, rows, 4 * (width % 2) * int{sizeof(S)}, placement);
       const Image<Q> sqr(width + columns, rows, width % 3 * int{sizeof(Q)}, placement);
       const Image<T> dst(width, kHeight, 4, placement);
@@ -78,104 +82,70 @@ void expectStdDev(Function function, bool isTilted, Result result, bool plausibl
         src.fill(Values<S>(++seed));
         sqr.fill(Values<Q>(++seed));
       }
-      ASSERT_EQ(function(src.data(), src.step(), sqr.data(), sqr.step(), dst.data(), dst.step(), {width, kHeight}, r),
-                StatusOk);
-      const auto expected = [&](int i, int j) { return result(plainVariance(src, sqr, g, i, j)); };
+      const auto call = [=](auto... arguments) { return f(arguments..., r, factor...); };
+      ASSERT_EQ(callOnImages(call, {width, kHeight}, src, sqr, dst), StatusOk);
+      const auto expected = [&](int i, int j) { return plainResult(plainVariance(src, sqr, g, i, j), factor...); };
       ASSERT_TRUE(matches(dst, expected, true)) << "rectangle " << r.width << "x" << r.height;
     }
   }
 }
 
-TEST(RectStdDev, EqualsTheDefinition) {
-  for (const bool plausible : {true, false}) {
-    expectStdDev<float, double, float>(zvpiRectStdDev_32f_C1R, false, floatResult, plausible);
-    expectStdDev<int32_t, double, float>(zvpiRectStdDev_32s32f_C1R, false, floatResult, plausible);
-    expectStdDev<float, double, float>(zvpiTiltedRectStdDev_32f_C1R, true, floatResult, plausible);
-    expectStdDev<int32_t, double, float>(zvpiTiltedRectStdDev_32s32f_C1R, true, floatResult, plausible);
+template <class S, class Q, class T, class... Factor>
+void expectStdDevChecks(StdDev<S, Q, T, Factor...> f, bool isTilted, Factor... factor) {
+  constexpr Rect kRect = {1, 2, 3, 4};
+  constexpr RoiSize kRoi = {5, 2};
+  const auto with = [=](Rect rect) { return [=](auto... arguments) { return f(arguments..., rect, factor...); }; };
+  const int columns = kRoi.width + marginOf(kRect, isTilted);
+  const Image<S> src(columns, 12);
+  const Image<Q> sqr(columns, 12);
+  const Image<T> dst(kRoi.width, 2), oddStep(kRoi.width, 2, 1);
+  expectImageChecks("", with(kRect), kRoi, std::tuple(), src, sqr, dst);
+  const auto before = dst.bytes();
+  for (const Rect bad : {Rect{-1, 0, 1, 1}, {0, -1, 1, 1}, {0, 0, 0, 1}, {0, 0, 1, 0}, {0, 0, -9, -9}}) {
+    EXPECT_EQ(callOnImages(with(bad), kRoi, src, sqr, dst), ErrSize);
+    EXPECT_EQ(callOnImages(with(bad), kRoi, src, sqr, oddStep), ErrStepNotMultiple) << "the rectangle comes last";
   }
+  EXPECT_EQ(callOnImages(with({INT32_MAX, 0, INT32_MAX, 1}), {1, 1}, src, sqr, dst), ErrStep);
+  EXPECT_EQ(dst.bytes(), before);
 }
 
-TEST(RectStdDev, ScaledIntegerEqualsTheDefinition) {
+template <class S, class Q, class T, class... Factor>
+void expectMember(const char* name, StdDev<S, Q, T, Factor...> f, bool isTilted, Factor... factor) {
+  SCOPED_TRACE(name);
+  for (const bool plausible : {true, false}) expectStdDev(f, isTilted, plausible, factor...);
+  expectStdDevChecks(f, isTilted, factor...);
+}
+
+TEST(RectStdDev, EqualsTheDefinitionAndChecksInOrder) {
+  expectMember("32f", zvpiRectStdDev_32f_C1R, false);
+  expectMember("32s32f", zvpiRectStdDev_32s32f_C1R, false);
+  expectMember("Tilted 32f", zvpiTiltedRectStdDev_32f_C1R, true);
+  expectMember("Tilted 32s32f", zvpiTiltedRectStdDev_32s32f_C1R, true);
   for (const int scaleFactor : {0, 3, -5, -31, 40, 2000, -2000, INT32_MAX, INT32_MIN}) {
-    const auto result = [=](double variance) {
-      const int factor = scaleFactor < -1500 ? -1500 : scaleFactor;
-      return variance <= 0 ? 0 : scaledResult(variance, factor);
-    };
-    for (const bool isTilted : {false, true}) {
-      const auto call = [=](auto... arguments) {
-        return (isTilted ? zvpiTiltedRectStdDev_32s_C1RSfs : zvpiRectStdDev_32s_C1RSfs)(arguments..., scaleFactor);
-      };
-      const auto function = [=](const int32_t* src, int srcStep, const int32_t* sqr, int sqrStep, int32_t* dst,
-                                int dstStep, RoiSize roi,
-                                Rect r) { return call(src, srcStep, sqr, sqrStep, dst, dstStep, roi, r); };
-      expectStdDev<int32_t, int32_t, int32_t>(function, isTilted, result, true);
-      expectStdDev<int32_t, int32_t, int32_t>(function, isTilted, result, false);
-    }
+    expectMember("32s Sfs", zvpiRectStdDev_32s_C1RSfs, false, scaleFactor);
+    expectMember("Tilted 32s Sfs", zvpiTiltedRectStdDev_32s_C1RSfs, true, scaleFactor);
   }
 }
 
 TEST(RectStdDev, HandComputed) {
-  // Pixels 1 and 4: mean 2.5, mean square 8.5, variance 2.25, deviation 1.5.
-  const int32_t sums[] = {0, 0, 0, 0, 1, 5}, squares[] = {0, 0, 0, 0, 1, 17};
-  const double doubles[] = {0, 0, 0, 0, 1, 17};
-  float deviation;
-  ASSERT_EQ(zvpiRectStdDev_32s32f_C1R(sums, 12, doubles, 24, &deviation, 4, {1, 1}, {0, 0, 2, 1}), StatusOk);
-  EXPECT_EQ(deviation, 1.5f);
-  int32_t scaled;
-  for (const auto& [scaleFactor, expected] : {std::pair{0, 2}, {-1, 3}, {-4, 24}, {1, 1}, {-31, INT32_MAX}}) {
-    ASSERT_EQ(zvpiRectStdDev_32s_C1RSfs(sums, 12, squares, 12, &scaled, 4, {1, 1}, {0, 0, 2, 1}, scaleFactor),
-              StatusOk);
-    EXPECT_EQ(scaled, expected) << "1.5 rounds to the even 2";
+  // Pixels 1 and 4: mean 2.5, mean square 8.5, variance 2.25, deviation 1.5. A square table that is too small gives a
+  // negative variance: NaN as it is, 0 in integers.
+  const int32_t sums[] = {0, 0, 0, 0, 1, 5}, squares[] = {0, 0, 0, 0, 1, 17}, noSquares[6] = {};
+  const double doubles[] = {0, 0, 0, 0, 1, 17}, noDoubles[6] = {};
+  for (const auto& [table, expected] : {std::pair(doubles, 1.5f), {noDoubles, NAN}}) {
+    float deviation;
+    ASSERT_EQ(zvpiRectStdDev_32s32f_C1R(sums, 12, table, 24, &deviation, 4, {1, 1}, {0, 0, 2, 1}), StatusOk);
+    EXPECT_TRUE(sameBits(deviation, expected, true)) << deviation;
   }
-  // A square table that is too small gives a negative variance: NaN as it is, 0 in integers.
-  const double noSquares[6] = {};
-  const int32_t noSquaresInt[6] = {};
-  ASSERT_EQ(zvpiRectStdDev_32s32f_C1R(sums, 12, noSquares, 24, &deviation, 4, {1, 1}, {0, 0, 2, 1}), StatusOk);
-  EXPECT_TRUE(std::isnan(deviation));
-  ASSERT_EQ(zvpiRectStdDev_32s_C1RSfs(sums, 12, noSquaresInt, 12, &scaled, 4, {1, 1}, {0, 0, 2, 1}, 0), StatusOk);
-  EXPECT_EQ(scaled, 0);
-}
-
-template <class S, class Q, class T, class Function>
-void expectStdDevChecks(const char* name, Function function, bool isTilted) {
-  constexpr Rect kRect = {1, 2, 3, 4};
-  constexpr int kWidth = 5;
-  const int columns = isTilted ? kWidth + 3 + 1 + 2 + 4 - 1 : kWidth + 1 + 3;
-  const Image<S> src(columns, 12);
-  const Image<Q> sqr(columns, 12);
-  const Image<T> dst(kWidth, 2);
-  const auto before = dst.bytes();
-  const auto with = [=](const auto& o, RoiSize roi, Rect rect) {
-    return function(static_cast<const S*>(o[0].data), o[0].step, static_cast<const Q*>(o[1].data), o[1].step,
-                    static_cast<T*>(const_cast<void*>(o[2].data)), o[2].step, roi, rect);
+  const auto scaled = [&](const int32_t* table, int scaleFactor) {
+    int32_t deviation;
+    const Status status =
+        zvpiRectStdDev_32s_C1RSfs(sums, 12, table, 12, &deviation, 4, {1, 1}, {0, 0, 2, 1}, scaleFactor);
+    return status == StatusOk ? deviation : -1;
   };
-  const std::vector<Operand> operands = {
-      {src.data(), src.step(), sizeof(S)}, {sqr.data(), sqr.step(), sizeof(Q)}, {dst.data(), dst.step(), sizeof(T)}};
-  expectStandardChecks(
-      {name, operands, {}, {kWidth, 2}, [&](const auto& o, const auto&, RoiSize roi) { return with(o, roi, kRect); }});
-  for (const Rect bad : {Rect{-1, 0, 1, 1}, {0, -1, 1, 1}, {0, 0, 0, 1}, {0, 0, 1, 0}, {0, 0, -9, -9}}) {
-    EXPECT_EQ(with(operands, {kWidth, 2}, bad), ErrSize) << name;
-    std::vector<Operand> oddStep = operands;
-    oddStep[2].step += 1;
-    EXPECT_EQ(with(oddStep, {kWidth, 2}, bad), ErrStepNotMultiple) << name << ": the rectangle comes last";
-  }
-  EXPECT_EQ(with(operands, {1, 1}, {INT32_MAX, 0, INT32_MAX, 1}), ErrStep) << name;
-  EXPECT_EQ(dst.bytes(), before);
-}
-
-TEST(RectStdDev, ChecksInOrderAndWritesNothing) {
-  expectStdDevChecks<float, double, float>("32f", zvpiRectStdDev_32f_C1R, false);
-  expectStdDevChecks<int32_t, double, float>("32s32f", zvpiRectStdDev_32s32f_C1R, false);
-  expectStdDevChecks<float, double, float>("Tilted 32f", zvpiTiltedRectStdDev_32f_C1R, true);
-  expectStdDevChecks<int32_t, double, float>("Tilted 32s32f", zvpiTiltedRectStdDev_32s32f_C1R, true);
-  for (const bool isTilted : {false, true}) {
-    const auto function = [=](const int32_t* src, int srcStep, const int32_t* sqr, int sqrStep, int32_t* dst,
-                              int dstStep, RoiSize roi, Rect r) {
-      const auto f = isTilted ? zvpiTiltedRectStdDev_32s_C1RSfs : zvpiRectStdDev_32s_C1RSfs;
-      return f(src, srcStep, sqr, sqrStep, dst, dstStep, roi, r, 0);
-    };
-    expectStdDevChecks<int32_t, int32_t, int32_t>("32s Sfs", function, isTilted);
-  }
+  for (const auto& [scaleFactor, expected] : {std::pair{0, 2}, {-1, 3}, {-4, 24}, {1, 1}, {-31, INT32_MAX}})
+    EXPECT_EQ(scaled(squares, scaleFactor), expected) << "1.5 rounds to the even 2";
+  EXPECT_EQ(scaled(noSquares, 0), 0);
 }
 
 }  // namespace

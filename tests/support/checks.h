@@ -122,4 +122,53 @@ inline void expectStandardChecks(const Call& valid) {
   }
 }
 
+// call(data and step of each image, roi)
+template <class F, class... T>
+Status callOnImages(F call, RoiSize roi, const Image<T>&... images) {
+  return std::apply(call, std::tuple_cat(std::tuple(images.data(), images.step())..., std::tuple(roi)));
+}
+
+// The standard checks of call(data and step of each image, roi, pointers), and that the images are not written to. The
+// images' steps are the smallest allowed ones.
+template <class F, class... P, class... T>
+void expectImageChecks(const std::string& name, F call, RoiSize roi, std::tuple<P*...> pointers,
+                       const Image<T>&... images) {
+  const std::vector<std::vector<uint8_t>> before = {images.bytes()...};
+  const auto invoke = [&]<size_t... I, size_t... J>(const auto& o, const auto& p, RoiSize r, std::index_sequence<I...>,
+                                                    std::index_sequence<J...>) {
+    const auto plain = [](const void* data) { return const_cast<void*>(data); };
+    return std::apply(call, std::tuple_cat(std::tuple(static_cast<T*>(plain(o[I].data)), o[I].step)..., std::tuple(r),
+                                           std::tuple(static_cast<P*>(plain(p[J]))...)));
+  };
+  const auto addresses = std::apply([](auto*... p) { return std::vector<const void*>{p...}; }, pointers);
+  expectStandardChecks({name,
+                        {{images.data(), images.step(), int{sizeof(T)}}...},
+                        addresses,
+                        roi,
+                        [&](const auto& o, const auto& p, RoiSize r) {
+                          return invoke(o, p, r, std::index_sequence_for<T...>(), std::index_sequence_for<P...>());
+                        }});
+  EXPECT_EQ((std::vector<std::vector<uint8_t>>{images.bytes()...}), before) << name;
+}
+
+// What one check finds, in each of its forms.
+template <class Arguments>
+struct Fault {
+  Status status;
+  std::vector<std::function<void(Arguments&)>> forms;
+};
+
+// Faults in the opposite order of the checks: every form is planted on top of the last form of all those before.
+template <class Arguments, class F>
+void expectFaultsInOrder(Arguments arguments, F call, const std::vector<Fault<Arguments>>& faults) {
+  for (size_t i = 0; i < faults.size(); ++i) {
+    const Arguments before = arguments;
+    for (size_t k = 0; k < faults[i].forms.size(); ++k) {
+      arguments = before;
+      faults[i].forms[k](arguments);
+      EXPECT_EQ(call(arguments), faults[i].status) << "fault " << i << ", form " << k;
+    }
+  }
+}
+
 }  // namespace zvp::test

@@ -20,6 +20,7 @@ struct Placement {
   int shift = 0;
 };
 inline const std::vector<Placement> kPlacements = {{true, 0}, {false, 0}, {true, 1}, {false, 3}};
+inline Placement somePlacement(int k) { return kPlacements[static_cast<size_t>(k) % kPlacements.size()]; }
 
 // Accessible pages between two inaccessible ones; the block of interest lies at one end of them.
 class GuardedBlock {
