@@ -12,31 +12,23 @@ struct Member {
   Status (*filter)(const float*, int, float*, int, RoiSize, BorderType, float, uint8_t*);
   Status (*bufferSize)(RoiSize, int*);
 };
-constexpr Member kMembers[] = {
-    {"Horiz", true, zvpiFilterScharrHorizBorder_32f_C1R, zvpiFilterScharrHorizBorderGetBufferSize_32f_C1R},
-    {"Vert", false, zvpiFilterScharrVertBorder_32f_C1R, zvpiFilterScharrVertBorderGetBufferSize_32f_C1R}};
+#define MEMBER(name, alongX) \
+  { #name, alongX, zvpiFilterScharr##name##Border_32f_C1R, zvpiFilterScharr##name##BorderGetBufferSize_32f_C1R }
+constexpr Member kMembers[] = {MEMBER(Horiz, true), MEMBER(Vert, false)};
 
 // The coordinate that stands for one just outside 0 .. n - 1; -2 for the constant.
 int outside(int x, int n, BorderType type, bool beforeInMemory, bool behindInMemory) {
   if ((x >= 0 && x < n) || (x < 0 ? beforeInMemory : behindInMemory)) return x;
-  switch (type & 15) {
-    case BorderReplicate:
-    case BorderReflectEdge:
-      return x < 0 ? 0 : n - 1;
-    case BorderWrap:
-      return x < 0 ? n - 1 : 0;
-    case BorderReflect:
-      return n == 1 ? 0 : x < 0 ? 1 : n - 2;
-    default:
-      return -2;
-  }
+  const int mode = type & 15;
+  if (mode == BorderReplicate || mode == BorderReflectEdge) return x < 0 ? 0 : n - 1;
+  if (mode == BorderWrap) return x < 0 ? n - 1 : 0;
+  return mode == BorderReflect ? (n == 1 ? 0 : x < 0 ? 1 : n - 2) : -2;
 }
 
 // The region lies inside a larger image, or against inaccessible pages where no side is in memory.
 void expectEqualsPlain(const Member& member, RoiSize roi, BorderType type, unsigned seed) {
-  const bool all = (type & 15) == BorderInMemory;
-  const bool top = all || (type & 0x10), bottom = all || (type & 0x20), left = all || (type & 0x40),
-             right = all || (type & 0x80);
+  const auto inMemory = [type](int flag) { return (type & 15) == BorderInMemory || (type & flag); };
+  const bool top = inMemory(0x10), bottom = inMemory(0x20), left = inMemory(0x40), right = inMemory(0x80);
   const Placement placement = kPlacements[seed % kPlacements.size()];
   const Image<float> src(roi.width + left + right, roi.height + top + bottom, static_cast<int>(seed % 3 * 4),
                          placement);
@@ -47,8 +39,7 @@ void expectEqualsPlain(const Member& member, RoiSize roi, BorderType type, unsig
   ASSERT_EQ(size, 4 * (roi.width + 2));
   const GuardedBlock buffer(static_cast<size_t>(size), placement);
   constexpr float kConstant = 1.7f;
-  const auto* first =
-      reinterpret_cast<const float*>(reinterpret_cast<const uint8_t*>(src.data() + left) + (top ? src.step() : 0));
+  const float* const first = src.data() + left + (top ? src.step() / int{sizeof(float)} : 0);
   ASSERT_EQ(member.filter(first, src.step(), dst.data(), dst.step(), roi, type, kConstant, buffer.start()), StatusOk);
   const auto pixel = [&](int y, int x) {
     const int row = outside(y, roi.height, type, top, bottom), column = outside(x, roi.width, type, left, right);
@@ -65,50 +56,45 @@ void expectEqualsPlain(const Member& member, RoiSize roi, BorderType type, unsig
 }
 
 TEST(FilterScharr, EqualsThePlainModelAtEveryWidthAndBorder) {
-  constexpr BorderType kTypes[] = {0, 1, 2, 3, 4, 6, 0xf0, 0x10, 0x21, 0x42, 0x83, 0xc4, 0x31, 0x96};
   for (const Member& member : kMembers) {
     unsigned seed = 0;
-    for (int width = 1; width <= 70; ++width) {
-      for (const BorderType type : kTypes) {
+    for (int width = 1; width <= 70; ++width)
+      for (const BorderType type : {0, 1, 2, 3, 4, 6, 0xf0, 0x10, 0x21, 0x42, 0x83, 0xc4, 0x31, 0x96}) {
         const int height = 1 + static_cast<int>(++seed % 4);
         ASSERT_NO_FATAL_FAILURE(expectEqualsPlain(member, {width, height}, type, seed));
       }
-    }
   }
 }
 
 TEST(FilterScharr, ARampThatRisesByOneHasTheDerivative32) {
-  Image<float> src(5, 5), dst(5, 5);
+  const Image<float> src(5, 5), dst(5, 5);
   std::vector<uint8_t> buffer(100);
-  for (int y = 0; y < 5; ++y)
-    for (int x = 0; x < 5; ++x) src.set(y, x, static_cast<float>(x + 10 * y));
-  kMembers[0].filter(src.data(), src.step(), dst.data(), dst.step(), {5, 5}, BorderReplicate, 0, buffer.data());
-  EXPECT_EQ(dst.get(2, 2), 32);
-  EXPECT_EQ(dst.get(2, 0), 16);  // the first pixel stands for the one before it
-  kMembers[1].filter(src.data(), src.step(), dst.data(), dst.step(), {5, 5}, BorderReplicate, 0, buffer.data());
-  EXPECT_EQ(dst.get(2, 2), 320);
-  EXPECT_EQ(dst.get(4, 2), 160);
+  src.draw([](int y, int x) { return x + 10 * y; });
+  const auto derivative = [&](const Member& member, int y, int x) {
+    member.filter(src.data(), src.step(), dst.data(), dst.step(), {5, 5}, BorderReplicate, 0, buffer.data());
+    return dst.get(y, x);
+  };
+  EXPECT_EQ(derivative(kMembers[0], 2, 2), 32);
+  EXPECT_EQ(derivative(kMembers[0], 2, 0), 16) << "the first pixel stands for the one before it";
+  EXPECT_EQ(derivative(kMembers[1], 2, 2), 320);
+  EXPECT_EQ(derivative(kMembers[1], 4, 2), 160);
 }
+
+constexpr RoiSize kRoi{6, 3};
 
 TEST(FilterScharr, ChecksInOrderAndWritesNothing) {
   for (const Member& member : kMembers) {
-    const Image<float> src(6, 3), dst(6, 3);
+    const Image<float> src(kRoi.width, kRoi.height), dst(kRoi.width, kRoi.height);
     const GuardedBlock buffer(32, {});
     const auto before = dst.bytes(), bufferBefore = buffer.bytes();
-    const auto call = [&](const Operand& a, const Operand& b, const void* work, RoiSize roi, BorderType type) {
-      return member.filter(static_cast<const float*>(a.data), a.step, static_cast<float*>(const_cast<void*>(b.data)),
-                           b.step, roi, type, 0, static_cast<uint8_t*>(const_cast<void*>(work)));
+    const auto call = [&](BorderType type) {
+      return callOf(member.name, member.filter, operandOf(src), operandOf(dst), kRoi, type, 0, buffer.start());
     };
-    const Operand source{src.data(), src.step(), 4}, target{dst.data(), dst.step(), 4};
-    expectStandardChecks(
-        {member.name, {source, target}, {buffer.start()}, {6, 3}, [&](const auto& o, const auto& p, RoiSize roi) {
-           return call(o[0], o[1], p[0], roi, 5);
-         }});
-    for (const BorderType type : {5, 7, 15, -1, 0x15, 0x100, 0x8001, 0xf01})
-      EXPECT_EQ(call(source, target, buffer.start(), {6, 3}, type), ErrBadArg) << type;
+    expectStandardChecks(call(5));
+    for (const BorderType type : {5, 7, 15, -1, 0x15, 0x100, 0x8001, 0xf01}) EXPECT_EQ(call(type)(), ErrBadArg) << type;
     EXPECT_EQ(dst.bytes(), before);
     EXPECT_EQ(buffer.bytes(), bufferBefore);
-    for (const BorderType type : {0, 1, 2, 3, 4}) EXPECT_EQ(call(source, target, buffer.start(), {6, 3}, type), 0);
+    for (const BorderType type : {0, 1, 2, 3, 4}) EXPECT_EQ(call(type)(), StatusOk);
 
     int size = 77;
     EXPECT_EQ(member.bufferSize({0, 0}, nullptr), ErrNullPtr);

@@ -74,8 +74,7 @@ template <class T>
   const int width = static_cast<int>(pixels[0].size()), height = static_cast<int>(pixels.size());
   const Image<T> image(width, height, extra, placement);
   const auto row = [&](int y) { return upward ? height - 1 - y : y; };
-  for (int y = 0; y < height; ++y)
-    for (int x = 0; x < width; ++x) image.set(row(y), x, pixels[y][x]);
+  image.draw([&](int y, int x) { return pixels[row(y)][x]; });
   int bytes = 0;
   EXPECT_EQ(zvpiMarkSpecklesGetBufferSize({width, height}, kMember<T>.type, 1, &bytes), StatusOk);
   EXPECT_EQ(bytes, 13 * width * height);

@@ -79,9 +79,13 @@ class Image {
   void set(int y, int x, T value) const { memcpy(address(y, x), &value, sizeof value); }
 
   template <class F>
-  void fill(F next) const {
+  void draw(F pixel) const {
     for (int y = 0; y < height_; ++y)
-      for (int x = 0; x < width_; ++x) set(y, x, static_cast<T>(next()));
+      for (int x = 0; x < width_; ++x) set(y, x, static_cast<T>(pixel(y, x)));
+  }
+  template <class F>
+  void fill(F next) const {
+    draw([&next](int, int) { return next(); });
   }
 
   std::vector<uint8_t> bytes() const { return block_.bytes(); }
