@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "cases.h"
+#include "chart.h"
 
 namespace bench {
 namespace {
@@ -23,13 +24,15 @@ struct Options {
   std::regex filter{""};
   int repetitions = 9;
   double seconds = 0.02;  // of one repetition, at least
+  std::string chart;
 };
 
 const char* const kHelp =
-    "zvpcv_bench [--filter=REGEX] [--quick] [--help]\n"
+    "zvpcv_bench [--filter=REGEX] [--quick] [--chart=FILE] [--help]\n"
     "Measures the image functions of zvpCV, each beside a plain scalar loop and a plain copy, on one thread.\n"
     "  --filter=REGEX  only rows whose name and size match, as in --filter='AbsDiff.* 640x480'\n"
     "  --quick         shorter and fewer repetitions\n"
+    "  --chart=FILE    also writes a picture (SVG): how many times faster than the plain loop each row is\n"
     "LD_LIBRARY_PATH chooses another build of the library; the first line of the output names the one in use.\n";
 
 // --- Measuring -------------------------------------------------------------------------------------------------------
@@ -165,17 +168,29 @@ void printTable(const std::vector<Row>& rows) {
   }
 }
 
+bool drawChart(const std::vector<Row>& rows, const std::string& path) {
+  std::vector<Bar> bars;
+  for (const Row& row : rows)
+    if (row.times.plain > 0) bars.push_back({row.name().substr(4), ratio(row.times.plain, row.times.library)});
+  if (writeChart(path, "How many times faster than a plain scalar loop, on one thread", bars)) return true;
+  std::fprintf(stderr, "%s: cannot be written\n", path.c_str());
+  return false;
+}
+
 // --- The program -----------------------------------------------------------------------------------------------------
 
 // False where the program should end: help was asked for, or an option is wrong.
 bool parse(int argc, char** argv, Options& options, int& exitCode) {
   const option known[] = {{"filter", required_argument, nullptr, 'f'},
                           {"quick", no_argument, nullptr, 'q'},
+                          {"chart", required_argument, nullptr, 'c'},
                           {"help", no_argument, nullptr, 'h'},
                           {}};
   for (int c; (c = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
     if (c == 'f') {
       options.filter = std::regex(optarg);
+    } else if (c == 'c') {
+      options.chart = optarg;
     } else if (c == 'q') {
       options.repetitions = 3;
       options.seconds = 0.003;
@@ -221,6 +236,7 @@ int run(int argc, char** argv) {
   std::vector<Row> rows = selectedRows(images, objects, options);
   if (!measureAll(rows, options)) exitCode = EXIT_FAILURE;
   printTable(rows);
+  if (!options.chart.empty() && !drawChart(rows, options.chart)) exitCode = EXIT_FAILURE;
   return exitCode;
 }
 
