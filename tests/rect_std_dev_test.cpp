@@ -99,7 +99,7 @@ void expectStdDevChecks(StdDev<S, Q, T, Factor...> f, bool isTilted, Factor... f
   const Image<S> src(columns, 12);
   const Image<Q> sqr(columns, 12);
   const Image<T> dst(kRoi.width, 2), oddStep(kRoi.width, 2, 1);
-  expectImageChecks("", with(kRect), kRoi, std::tuple(), src, sqr, dst);
+  expectImageChecks("", with(kRect), kRoi, src, sqr, dst);
   const auto before = dst.bytes();
   for (const Rect bad : {Rect{-1, 0, 1, 1}, {0, -1, 1, 1}, {0, 0, 0, 1}, {0, 0, 1, 0}, {0, 0, -9, -9}}) {
     EXPECT_EQ(callOnImages(with(bad), kRoi, src, sqr, dst), ErrSize);

@@ -128,26 +128,12 @@ Status callOnImages(F call, RoiSize roi, const Image<T>&... images) {
   return std::apply(call, std::tuple_cat(std::tuple(images.data(), images.step())..., std::tuple(roi)));
 }
 
-// The standard checks of call(data and step of each image, roi, pointers), and that the images are not written to. The
-// images' steps are the smallest allowed ones.
-template <class F, class... P, class... T>
-void expectImageChecks(const std::string& name, F call, RoiSize roi, std::tuple<P*...> pointers,
-                       const Image<T>&... images) {
+// The standard checks of call(data and step of each image, roi), and that the images are not written to. The images'
+// steps are the smallest allowed ones.
+template <class F, class... T>
+void expectImageChecks(const std::string& name, F call, RoiSize roi, const Image<T>&... images) {
   const std::vector<std::vector<uint8_t>> before = {images.bytes()...};
-  const auto invoke = [&]<size_t... I, size_t... J>(const auto& o, const auto& p, RoiSize r, std::index_sequence<I...>,
-                                                    std::index_sequence<J...>) {
-    const auto plain = [](const void* data) { return const_cast<void*>(data); };
-    return std::apply(call, std::tuple_cat(std::tuple(static_cast<T*>(plain(o[I].data)), o[I].step)..., std::tuple(r),
-                                           std::tuple(static_cast<P*>(plain(p[J]))...)));
-  };
-  const auto addresses = std::apply([](auto*... p) { return std::vector<const void*>{p...}; }, pointers);
-  expectStandardChecks({name,
-                        {{images.data(), images.step(), int{sizeof(T)}}...},
-                        addresses,
-                        roi,
-                        [&](const auto& o, const auto& p, RoiSize r) {
-                          return invoke(o, p, r, std::index_sequence_for<T...>(), std::index_sequence_for<P...>());
-                        }});
+  expectStandardChecks(callOf(name, call, operandOf(images)..., roi));
   EXPECT_EQ((std::vector<std::vector<uint8_t>>{images.bytes()...}), before) << name;
 }
 

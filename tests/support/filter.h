@@ -1,12 +1,16 @@
-// Plain models of the filters' arithmetic, and the kernels and divisors that find faults in it.
+// The members of both pipelines in one shape, plain models of their arithmetic, and the kernels and divisors that find
+// faults in it.
 #pragma once
 
 #include <math.h>
 
+#include <functional>
 #include <limits>
+#include <string>
 #include <vector>
 
-#include "support/image.h"
+#include "support/checks.h"
+#include "zvpcv/filter.h"
 
 namespace zvp::test {
 
@@ -18,45 +22,65 @@ inline constexpr int kDivisors[] = {1, -1, 2, 16, 3, -7, 256, 1000, INT32_MIN};
 enum class Strength { kWeak, kMedium, kStrong };
 inline constexpr Strength kStrengths[] = {Strength::kWeak, Strength::kMedium, Strength::kStrong};
 
-// How a member computes.
-enum class Kind { kInteger, kLow, kFloat };
+inline constexpr int kMoreDivisors[] = {1,   -1, 2, 4, 8, 16, 32,  64,    128,   256,
+                                        512, -2, 3, 5, 6, 9,  100, 16384, 16385, 1 << 30};
 
-inline std::vector<int16_t> randomTaps(unsigned seed, int size, Strength strength) {
-  std::mt19937 engine(seed);
-  const int reach = strength == Strength::kWeak ? 100 / size + 1 : strength == Strength::kMedium ? 65000 / size / 2 : 0;
-  std::vector<int16_t> taps;
-  for (int i = 0; i < size; ++i) {
-    const int value = static_cast<int>(engine() % (2 * static_cast<unsigned>(reach) + 1)) - reach;
-    const int sign = engine() % 2 == 0 ? 1 : -1;
-    taps.push_back(static_cast<int16_t>(reach > 0 ? value : sign * (32767 - static_cast<int>(engine() % 500))));
+// Arguments: all those of a call.
+template <class T_, class Out_, class Tap_, class Arguments_>
+struct FilterMember {
+  using T = T_;
+  using Out = Out_;
+  using Tap = Tap_;
+  using Arguments = Arguments_;
+
+  std::string name;
+  Status (*bufferSize)(RoiSize, int, int*);
+  std::function<Status(const Arguments&)> filter;
+
+  static constexpr bool kIsFloat = std::is_same_v<Tap, float>;
+  bool isLow() const { return name.starts_with("Low"); }
+  int channels() const { return name.ends_with("C3R") ? 3 : 1; }
+
+  // Work memory of exactly the reported size.
+  GuardedBlock work(RoiSize roi, int kernelSize, Placement placement) const {
+    int size = 0;
+    EXPECT_EQ(bufferSize(roi, kernelSize, &size), StatusOk);
+    return GuardedBlock(static_cast<size_t>(size), placement);
   }
-  if (strength == Strength::kStrong) taps[0] = taps[static_cast<size_t>(size) - 1] = INT16_MIN;
-  return taps;
-}
-
-inline std::vector<float> randomFloatTaps(unsigned seed, int size) {
-  std::mt19937 engine(seed);
-  std::vector<float> taps;
-  for (int i = 0; i < size; ++i) taps.push_back(static_cast<float>(static_cast<int32_t>(engine())) / 1e9f);
-  return taps;
-}
+};
 
 template <class Tap>
 std::vector<Tap> tapsFor(unsigned seed, int size, Strength strength) {
-  if constexpr (std::is_same_v<Tap, float>) {
-    return randomFloatTaps(seed, size);
-  } else {
-    return randomTaps(seed, size, strength);
+  std::mt19937 engine(seed);
+  const int reach = strength == Strength::kWeak ? 100 / size + 1 : strength == Strength::kMedium ? 65000 / size / 2 : 0;
+  std::vector<Tap> taps;
+  for (int i = 0; i < size; ++i) {
+    if constexpr (std::is_same_v<Tap, float>) {
+      taps.push_back(static_cast<float>(static_cast<int32_t>(engine())) / 1e9f);
+    } else {
+      const int value = static_cast<int>(engine() % (2 * static_cast<unsigned>(reach) + 1)) - reach;
+      const int sign = engine() % 2 == 0 ? 1 : -1;
+      taps.push_back(static_cast<int16_t>(reach > 0 ? value : sign * (32767 - static_cast<int>(engine() % 500))));
+    }
   }
+  if (!std::is_same_v<Tap, float> && strength == Strength::kStrong) taps.front() = taps.back() = INT16_MIN;
+  return taps;
 }
 
-// The checks that the buffer-size queries of both pipelines make.
-inline void expectQueryChecks(Status (*bufferSize)(RoiSize, int, int*)) {
-  int size = 77;
-  EXPECT_EQ(bufferSize({0, 0}, 0, nullptr), ErrNullPtr);
-  EXPECT_EQ(bufferSize({0, 1}, 1, &size), ErrSize);
-  EXPECT_EQ(bufferSize({1, 0}, 1, &size), ErrSize);
-  EXPECT_EQ(bufferSize({1, 1}, 0, &size), ErrSize);
+// What the queries of work memory report, and their checks: `tooLarge` needs more than fits an int.
+template <class Member, class Expected>
+void expectBufferSizes(const Member& member, Expected expected, RoiSize tooLarge, int tooManyTaps) {
+  SCOPED_TRACE(member.name);
+  int size = -1;
+  for (const int width : {1, 3, 4, 5, 8, 9, 10, 1000, 1001, 10000})
+    for (const int k : {1, 2, 3, 31, 100000}) {
+      EXPECT_EQ(member.bufferSize({width, 7}, k, &size), StatusOk);
+      EXPECT_EQ(size, expected(width, k)) << width << " " << k;
+    }
+  size = 77;
+  EXPECT_EQ(member.bufferSize({0, 0}, 0, nullptr), ErrNullPtr);
+  for (const auto& [roi, k] : {std::pair(RoiSize{0, 1}, 1), {{1, 0}, 1}, {{1, 1}, 0}, {tooLarge, tooManyTaps}})
+    EXPECT_EQ(member.bufferSize(roi, k, &size), ErrSize) << roi.width << "x" << roi.height << " " << k;
   EXPECT_EQ(size, 77);
 }
 
@@ -98,6 +122,17 @@ int16_t plainLow(const std::vector<int16_t>& taps, int divisor, bool unsaturated
   if (divisor == 1) return wrapped;
   const int64_t scaled = (wrapped * factor) >> 14;
   return static_cast<int16_t>(scaled > INT16_MAX ? INT16_MAX : scaled);
+}
+
+// An output of any member. Where it is an end output, integers are truncated, those of the Low members not saturated.
+template <class Out, class Tap, class Pixel>
+Out plainOutput(const std::vector<Tap>& taps, int divisor, bool isLow, bool isEnd, Pixel pixel) {
+  if constexpr (std::is_same_v<Tap, float>) {
+    return plainFloat(taps, pixel);
+  } else {
+    return isLow ? static_cast<Out>(plainLow(taps, divisor, isEnd, pixel))
+                 : plainInteger<Out>(taps, divisor, isEnd, pixel);
+  }
 }
 
 // Finite values, so that no sum is a NaN; among them both zeros.
