@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# What a change must pass beyond the tests: the formatting, Clang without warnings and its bits, the address and
-# undefined-behaviour sanitizers, the thread sanitizer, and a short run of the fuzz target.
+# What a change must pass beyond the tests: the formatting, Clang without warnings (the benchmarks too) and its bits, the
+# address and undefined-behaviour sanitizers, the thread sanitizer, and a short run of the fuzz target.
 #
 #   check.sh
 #
@@ -10,7 +10,7 @@ scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(dirname "$scripts")
 source "$scripts/lib.sh"
 
-install_packages g++ cmake ninja-build pkg-config googletest clang-14 libclang-rt-14-dev clang-format-14
+install_packages g++ cmake ninja-build pkg-config googletest libbenchmark-dev clang-14 libclang-rt-14-dev clang-format-14
 
 say "Checking the format"
 git -C "$root" ls-files -z '*.h' '*.cpp' '*.c' | (cd "$root" && xargs -0 clang-format-14 --dry-run --Werror)
@@ -18,7 +18,7 @@ git -C "$root" ls-files -z '*.h' '*.cpp' '*.c' | (cd "$root" && xargs -0 clang-f
 build() {
   say "Building $1"
   cmake -S "$root" --preset "$1" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON >/dev/null
-  quietly cmake --build "$root/build/$1"
+  build_folder "$root/build/$1"
 }
 
 run_tests() {

@@ -21,7 +21,7 @@ install_packages g++ cmake ninja-build libpng-dev libjpeg-dev nlohmann-json3-dev
 say "Building into $root/build/demo"
 quietly cmake -S "$root" -B "$root/build/demo" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZVP_BUILD_EXAMPLES=ON \
   -DZVP_BUILD_TESTS=OFF -DZVP_BUILD_BENCHMARKS=OFF
-quietly cmake --build "$root/build/demo"
+build_folder "$root/build/demo"
 
 photos=$root/build/photos
 photo=${1-$photos/astronaut.png}

@@ -12,6 +12,15 @@ quietly() {
   return "$status"
 }
 
+# Builds a configured folder: on a terminal with the line that tells how far it is, else silently where nothing fails.
+build_folder() {
+  if [ -t 1 ]; then
+    cmake --build "$1"
+  else
+    quietly cmake --build "$1"
+  fi
+}
+
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
     "$@"

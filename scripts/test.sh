@@ -10,15 +10,15 @@ scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(dirname "$scripts")
 source "$scripts/lib.sh"
 
-install_packages g++ g++-multilib cmake ninja-build pkg-config googletest libbenchmark-dev libpng-dev libjpeg-dev \
-  nlohmann-json3-dev libcli11-dev
+install_packages g++ g++-multilib cmake ninja-build pkg-config googletest libpng-dev libjpeg-dev nlohmann-json3-dev \
+  libcli11-dev
 "$scripts/fetch-photos.sh" "$root/build/photos"
 
 passed=0 failed=0 skipped=0
 for preset in release x86-32; do
   say "Building $preset"
-  cmake -S "$root" --preset "$preset" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON >/dev/null
-  quietly cmake --build "$root/build/$preset"
+  cmake -S "$root" --preset "$preset" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON -DZVP_BUILD_BENCHMARKS=OFF >/dev/null
+  build_folder "$root/build/$preset"
 
   say "Testing $preset"
   log=$root/build/$preset/test.log
