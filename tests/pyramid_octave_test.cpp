@@ -1,15 +1,15 @@
 // Octave reduction and expansion against plain sums, their borders by hand, work memory, checks.
+#include <array>
+
 #include "support/checks.h"
 #include "support/filter.h"
-#include "support/image.h"
-#include "zvpcv/pyramid.h"
+#include "support/pyramid.h"
 
 namespace zvp::test {
 namespace {
 
 template <class T>
 using Octave = Status (*)(const T*, int, T*, int, RoiSize, uint8_t*);
-using BufferSize = Status (*)(int, DataType, int, int*);
 
 template <class T>
 struct Member {
@@ -32,11 +32,10 @@ void forEachMember(Body body) {
 #undef MEMBER
 }
 
-int mirrored(int i, int n) { return n == 1 ? 0 : i < 0 ? -i : i >= n ? 2 * (n - 1) - i : i; }
-
 // The sum for result i along an axis of n; at(j) is the source's value j.
 struct PlainDown {
   static constexpr int divisor = 256;
+  static constexpr auto bufferSize = zvpiPyrDownGetBufSize_Gauss5x5;
   static int resultSize(int n) { return (n + 1) / 2; }
 
   template <class At>
@@ -49,6 +48,7 @@ struct PlainDown {
 
 struct PlainUp {
   static constexpr int divisor = 64;
+  static constexpr auto bufferSize = zvpiPyrUpGetBufSize_Gauss5x5;
   static int resultSize(int n) { return 2 * n; }
 
   template <class At>
@@ -62,49 +62,42 @@ struct PlainUp {
 template <class Plain, class T>
 T plainResult(const Image<T>& src, int channels, int y, int element) {
   using Sum = std::conditional_t<std::is_same_v<T, float>, float, int>;
-  const int x = element / channels, c = element % channels;
   const auto rowSum = [&](int row) {
-    return Plain::sum(x, src.width() / channels,
-                      [&](int column) { return static_cast<Sum>(src.get(row, column * channels + c)); });
+    const auto pixel = [&](int x) { return static_cast<Sum>(src.get(row, x * channels + element % channels)); };
+    return Plain::sum(element / channels, src.width() / channels, pixel);
   };
   const Sum sum = Plain::sum(y, src.height(), rowSum);
-  if constexpr (std::is_same_v<T, float>) {
-    return sum * (1.0f / Plain::divisor);
-  } else {
-    return static_cast<T>(floor((sum + Plain::divisor / 2) / double{Plain::divisor}));
-  }
+  if constexpr (std::is_same_v<T, float>) return sum * (1.0f / Plain::divisor);
+  return static_cast<T>(floor((sum + Plain::divisor / 2) / double{Plain::divisor}));
 }
 
 template <class Plain, class T>
-void expectEqualsPlain(const Member<T>& member, Octave<T> function, BufferSize query, RoiSize size, unsigned seed) {
+void expectEqualsPlain(const Member<T>& member, Octave<T> function, RoiSize size, unsigned seed) {
   const Placement placement = kPlacements[seed % kPlacements.size()];
   const int gap = static_cast<int>(seed % 3 * sizeof(T));
   const Image<T> src(size.width * member.channels, size.height, gap, placement);
   const Image<T> dst(Plain::resultSize(size.width) * member.channels, Plain::resultSize(size.height), gap, placement);
   src.fill(FiniteValues<T>(seed));
   int bytes = 0;
-  ASSERT_EQ(query(size.width, member.type, member.channels, &bytes), StatusOk);
+  ASSERT_EQ(Plain::bufferSize(size.width, member.type, member.channels, &bytes), StatusOk);
   const GuardedBlock buffer(static_cast<size_t>(bytes), {seed % 2 == 0, static_cast<int>(seed % 67)});
   ASSERT_EQ(function(src.data(), src.step(), dst.data(), dst.step(), size, buffer.start()), StatusOk);
   ASSERT_TRUE(matches(dst, [&](int y, int x) { return plainResult<Plain>(src, member.channels, y, x); }))
       << member.name;
 }
 
-template <class T>
-void expectBothEqualPlain(const Member<T>& member, RoiSize size, unsigned seed) {
-  expectEqualsPlain<PlainDown>(member, member.down, zvpiPyrDownGetBufSize_Gauss5x5, size, seed);
-  expectEqualsPlain<PlainUp>(member, member.up, zvpiPyrUpGetBufSize_Gauss5x5, size, seed);
-}
-
 TEST(PyramidOctave, EqualsThePlainSumsAtEverySize) {
   forEachMember([](const auto& member) {
     unsigned seed = 0;
+    const auto expectBoth = [&](RoiSize size) {
+      expectEqualsPlain<PlainDown>(member, member.down, size, ++seed);
+      expectEqualsPlain<PlainUp>(member, member.up, size, seed);
+    };
     for (int height = 1; height <= 7; ++height)
-      for (int width = 1; width <= 21; ++width)
-        ASSERT_NO_FATAL_FAILURE(expectBothEqualPlain(member, {width, height}, ++seed));
+      for (int width = 1; width <= 21; ++width) ASSERT_NO_FATAL_FAILURE(expectBoth({width, height}));
     for (int width = 22; width <= 150; ++width)  // more than two registers of results in the widest build
-      ASSERT_NO_FATAL_FAILURE(expectBothEqualPlain(member, {width, 3 + width % 3}, ++seed));
-    ASSERT_NO_FATAL_FAILURE(expectBothEqualPlain(member, {5, 40}, ++seed));
+      ASSERT_NO_FATAL_FAILURE(expectBoth({width, 3 + width % 3}));
+    ASSERT_NO_FATAL_FAILURE(expectBoth({5, 40}));
   });
 }
 
@@ -157,45 +150,32 @@ TEST(PyramidOctave, OneFloatPixelIsKept) {
   }
 }
 
-template <class T>
-void expectChecks(const Member<T>& member, Octave<T> function, RoiSize result) {
-  const RoiSize roi{6, 3};
-  const Image<T> src(roi.width * member.channels, roi.height), dst(result.width * member.channels, result.height);
-  const GuardedBlock buffer(4096, {});
-  const auto before = dst.bytes(), bufferBefore = buffer.bytes();
-  const int size = sizeof(T);
-  expectStandardChecks({member.name,
-                        {{src.data(), src.step(), size}, {dst.data(), dst.step(), size}},
-                        {buffer.start()},
-                        roi,
-                        [function](const auto& o, const auto& others, RoiSize s) {
-                          return function(static_cast<const T*>(o[0].data), o[0].step,
-                                          static_cast<T*>(const_cast<void*>(o[1].data)), o[1].step, s,
-                                          static_cast<uint8_t*>(const_cast<void*>(others[0])));
-                        }});
-  EXPECT_EQ(dst.bytes(), before);
-  EXPECT_EQ(buffer.bytes(), bufferBefore);
-}
-
 TEST(PyramidOctave, ChecksInOrderAndWritesNothing) {
-  forEachMember([](const auto& member) {
-    expectChecks(member, member.down, {3, 2});
-    expectChecks(member, member.up, {12, 6});
+  forEachMember([]<class T>(const Member<T>& member) {
+    const Image<T> src(6 * member.channels, 3), dst(12 * member.channels, 6), reduced(3 * member.channels, 2);
+    const GuardedBlock buffer(4096, {});
+    const auto before = dst.bytes(), reducedBefore = reduced.bytes(), bufferBefore = buffer.bytes();
+    for (const auto& [function, result] : {std::pair{member.down, &reduced}, {member.up, &dst}})
+      expectStandardChecks(
+          callOf(member.name, function, operandOf(src), operandOf(*result), RoiSize{6, 3}, buffer.start()));
+    EXPECT_EQ(dst.bytes(), before);
+    EXPECT_EQ(reduced.bytes(), reducedBefore);
+    EXPECT_EQ(buffer.bytes(), bufferBefore);
   });
 }
 
 TEST(PyramidOctave, BufferSizes) {
-  struct Expected {
-    int width, channels, down, up;
-  };
-  for (const Expected e : {Expected{1, 1, 160, 112}, {4, 1, 160, 160}, {5, 1, 256, 208}, {640, 3, 46144, 46144}})
+  const auto down = PlainDown::bufferSize, up = PlainUp::bufferSize;
+  for (const auto& [width, channels, downSize, upSize] :
+       {std::array{1, 1, 160, 112}, {4, 1, 160, 160}, {5, 1, 256, 208}, {640, 3, 46144, 46144}})
     for (const DataType type : {DataType8u, DataType8s, DataType32f}) {
-      int down = 0, up = 0;
-      EXPECT_EQ(zvpiPyrDownGetBufSize_Gauss5x5(e.width, type, e.channels, &down), StatusOk);
-      EXPECT_EQ(zvpiPyrUpGetBufSize_Gauss5x5(e.width, type, e.channels, &up), StatusOk);
-      EXPECT_EQ(std::pair(down, up), std::pair(e.down, e.up)) << e.width;
+      int size = 0;
+      EXPECT_EQ(down(width, type, channels, &size), StatusOk);
+      EXPECT_EQ(size, downSize) << width;
+      EXPECT_EQ(up(width, type, channels, &size), StatusOk);
+      EXPECT_EQ(size, upSize) << width;
     }
-  for (const BufferSize query : {zvpiPyrDownGetBufSize_Gauss5x5, zvpiPyrUpGetBufSize_Gauss5x5}) {
+  for (const auto query : {down, up}) {
     int size = 77;
     EXPECT_EQ(query(0, 2, 2, nullptr), ErrNullPtr);
     EXPECT_EQ(query(0, 2, 2, &size), ErrSize);

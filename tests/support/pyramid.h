@@ -4,37 +4,48 @@
 #include <math.h>
 
 #include <deque>
+#include <memory>
 
 #include "support/image.h"
 #include "zvpcv/pyramid.h"
 
 namespace zvp::test {
 
+// The pixel that stands for i on an axis of n.
+inline int mirrored(int i, int n) {
+  while (n > 1 && (i < 0 || i >= n)) i = i < 0 ? -i : 2 * (n - 1) - i;
+  return n == 1 ? 0 : i;
+}
+
+// A record that releases itself; null where the call that should make it fails.
+using RecordPtr = std::unique_ptr<Pyramid, Status (*)(Pyramid*)>;
+inline RecordPtr makeRecord(int level, RoiSize base, float rate) {
+  Pyramid* record = nullptr;
+  EXPECT_EQ(zvpiPyramidInitAlloc(&record, level, base, rate), StatusOk);
+  return {record, zvpiPyramidFree};
+}
+
 template <class T>
 class ImagePyramid {
  public:
   // pixel(level, y, x) gives the pixels.
   template <class Pixel>
-  ImagePyramid(RoiSize size, int levels, float rate, Pixel pixel, int extra = 0, Placement placement = {}) {
-    EXPECT_EQ(zvpiPyramidInitAlloc(&record_, levels, size, rate), StatusOk);
+  ImagePyramid(RoiSize size, int levels, float rate, Pixel pixel, int extra = 0, Placement placement = {})
+      : record_(makeRecord(levels, size, rate)) {
     for (int l = 0; l <= record_->level; ++l) {
       const RoiSize roi = record_->roiSizes[l];
       const Image<T>& image = images_.emplace_back(roi.width, roi.height, extra, placement);
-      for (int y = 0; y < roi.height; ++y)
-        for (int x = 0; x < roi.width; ++x) image.set(y, x, pixel(l, y, x));
+      image.draw([&](int y, int x) { return pixel(l, y, x); });
       record_->images[l] = reinterpret_cast<uint8_t*>(image.data());
       record_->steps[l] = image.step();
     }
   }
-  ImagePyramid(const ImagePyramid&) = delete;
-  ImagePyramid& operator=(const ImagePyramid&) = delete;
-  ~ImagePyramid() { zvpiPyramidFree(record_); }
 
-  Pyramid* record() const { return record_; }
+  Pyramid* record() const { return record_.get(); }
   const Image<T>& operator[](int level) const { return images_[static_cast<size_t>(level)]; }
 
  private:
-  Pyramid* record_ = nullptr;
+  RecordPtr record_;
   std::deque<Image<T>> images_;
 };
 
