@@ -1,19 +1,20 @@
 // Sizes of levels, and the record that holds them.
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cmath>
 
 #include "support/allocator.h"
-#include "zvpcv/pyramid.h"
+#include "support/pyramid.h"
 
 namespace zvp::test {
 namespace {
 
-RoiSize down(RoiSize size, float rate) {
+using Size = std::pair<int, int>;
+Size pair(RoiSize size) { return {size.width, size.height}; }
+
+Size down(RoiSize size, float rate) {
   RoiSize result{-1, -1};
   EXPECT_EQ(zvpiGetPyramidDownROI(size, &result, rate), StatusOk);
-  return result;
+  return pair(result);
 }
 
 using Range = std::array<int, 4>;  // least width, most width, least height, most height
@@ -24,20 +25,16 @@ Range up(RoiSize size, float rate) {
   return {least.width, most.width, least.height, most.height};
 }
 
-std::pair<int, int> pair(RoiSize size) { return {size.width, size.height}; }
-
 TEST(PyramidSizes, Examples) {
-  EXPECT_EQ(pair(down({1, 1}, 2)), std::pair(1, 1));
-  EXPECT_EQ(pair(down({640, 480}, 2)), std::pair(320, 240));
-  EXPECT_EQ(pair(down({5, 5}, 2)), std::pair(3, 3));
-  EXPECT_EQ(pair(down({2, 100}, 1.0001f)), std::pair(1, 99)) << "always fewer";
-  EXPECT_EQ(pair(down({100, 11}, 10)), std::pair(10, 2));
+  EXPECT_EQ(down({1, 1}, 2), Size(1, 1));
+  EXPECT_EQ(down({640, 5}, 2), Size(320, 3));
+  EXPECT_EQ(down({2, 100}, 1.0001f), Size(1, 99)) << "always fewer";
+  EXPECT_EQ(down({100, 11}, 10), Size(10, 2));
   EXPECT_EQ(up({1, 2}, 2), (Range{1, 2, 3, 4}));
   EXPECT_EQ(up({1, 2}, 1.1f), (Range{1, 2, 3, 3})) << "one more at least";
   EXPECT_EQ(up({10, 7}, 1.5f), (Range{14, 15, 10, 10}));
   EXPECT_EQ(up({INT32_MAX, INT32_MAX / 2}, 10), (Range{INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX}));
-  EXPECT_EQ(pair(down({INT32_MAX, INT32_MAX}, 2)), std::pair((1 << 30) - 32, (1 << 30) - 32))
-      << "products in single precision";
+  EXPECT_EQ(down({INT32_MAX, 1}, 2), Size((1 << 30) - 32, 1)) << "products in single precision";
 }
 
 TEST(PyramidSizes, TheRangesFollowEachOtherWithoutGap) {
@@ -48,10 +45,10 @@ TEST(PyramidSizes, TheRangesFollowEachOtherWithoutGap) {
       ASSERT_EQ(range[0], beyond) << n << " at rate " << rate;
       ASSERT_GE(range[1], range[0]);
       beyond = range[1] + 1;
-      ASSERT_EQ(pair(down({range[0], range[1]}, rate)), std::pair(n, n)) << "rate " << rate;
+      ASSERT_EQ(down({range[0], range[1]}, rate), Size(n, n)) << "rate " << rate;
     }
     for (const int n : {1 << 24, 987654321, INT32_MAX}) {
-      const int reduced = down({n, 1}, rate).width;
+      const int reduced = down({n, 1}, rate).first;
       const Range range = up({reduced, 1}, rate);
       EXPECT_TRUE(reduced < n && range[0] <= n && range[1] >= n) << n << " at rate " << rate;
     }
@@ -71,63 +68,44 @@ TEST(PyramidSizes, ChecksInOrder) {
     EXPECT_EQ(zvpiGetPyramidDownROI({9, 9}, &a, rate), ErrBadArg);
     EXPECT_EQ(zvpiGetPyramidUpROI({9, 9}, &a, &b, rate), ErrBadArg);
   }
-  EXPECT_EQ(pair(a), pair(b));
-  EXPECT_EQ(pair(a), std::pair(-7, -7));
+  for (const RoiSize size : {a, b}) EXPECT_EQ(pair(size), Size(-7, -7));
 }
 
 TEST(PyramidRecord, HoldsTheLevels) {
+  constexpr RoiSize kSizes[] = {{8, 5}, {4, 3}, {2, 2}, {1, 1}};
   for (const int level : {1, 2, 3, 4, 100}) {
-    Pyramid* p = nullptr;
-    ASSERT_EQ(zvpiPyramidInitAlloc(&p, level, {8, 5}, 2), StatusOk);
-    ASSERT_EQ(p->level, std::min(level, 3)) << "8, 4, 2, 1";
-    const RoiSize sizes[] = {{8, 5}, {4, 3}, {2, 2}, {1, 1}};
+    const RecordPtr p = makeRecord(level, kSizes[0], 2);
+    ASSERT_EQ(p->level, std::min(level, 3));
+    EXPECT_EQ(p->state, nullptr);
     for (int i = 0; i <= p->level; ++i) {
-      EXPECT_EQ(pair(p->roiSizes[i]), pair(sizes[i]));
-      EXPECT_EQ(p->rates[i], std::ldexp(1.0, -i));
       EXPECT_EQ(p->images[i], nullptr);
       EXPECT_EQ(p->steps[i], 0);
-      p->images[i] = reinterpret_cast<uint8_t*>(p);  // all arrays can be written to their ends
+      p->images[i] = reinterpret_cast<uint8_t*>(p.get());  // all arrays can be written to their ends
       p->steps[i] = INT32_MIN;
     }
-    EXPECT_EQ(p->state, nullptr);
-    EXPECT_EQ(pair(p->roiSizes[p->level]), pair(sizes[p->level]));
-    EXPECT_EQ(p->rates[p->level], std::ldexp(1.0, -p->level));
-    EXPECT_EQ(zvpiPyramidFree(p), StatusOk);
+    for (int i = 0; i <= p->level; ++i) {
+      EXPECT_EQ(pair(p->roiSizes[i]), pair(kSizes[i]));
+      EXPECT_EQ(p->rates[i], std::ldexp(1.0, -i));
+    }
   }
-  EXPECT_EQ(zvpiPyramidFree(nullptr), ErrNullPtr);
-  EXPECT_EQ(liveAllocations(), 0);
+  EXPECT_EQ(makeRecord(5, {1, 1}, 2)->level, 0);
 }
 
 TEST(PyramidRecord, RatesAreMultipliedInDoublePrecision) {
-  Pyramid* p = nullptr;
-  ASSERT_EQ(zvpiPyramidInitAlloc(&p, 3, {100, 100}, 1.3f), StatusOk);
+  const RecordPtr p = makeRecord(3, {100, 100}, 1.3f);
   const double inverse = 1.0 / double{1.3f};
   EXPECT_EQ(p->rates[1], inverse);
   EXPECT_EQ(p->rates[3], inverse * inverse * inverse);
-  EXPECT_EQ(zvpiPyramidFree(p), StatusOk);
-}
-
-TEST(PyramidRecord, OnePixelAndLongPyramids) {
-  Pyramid* p = nullptr;
-  ASSERT_EQ(zvpiPyramidInitAlloc(&p, 5, {1, 1}, 2), StatusOk);
-  EXPECT_EQ(p->level, 0);
-  p->steps[0] = 7;
-  EXPECT_EQ(p->rates[0], 1.0);
-  EXPECT_EQ(zvpiPyramidFree(p), StatusOk);
-  ASSERT_EQ(zvpiPyramidInitAlloc(&p, INT32_MAX, {300, 2000}, 1.0000002f), StatusOk);
-  EXPECT_EQ(p->level, 1999) << "one pixel fewer each time";
-  EXPECT_EQ(pair(p->roiSizes[1998]), std::pair(1, 2));
-  EXPECT_EQ(zvpiPyramidFree(p), StatusOk);
 }
 
 TEST(PyramidRecord, EveryRateReachesOnePixel) {
   for (float rate = 1.0000002f; rate <= 10.0f; rate *= 1.13f)
     for (const RoiSize size : {RoiSize{1, 2}, {3, 17}, {640, 480}, {1000, 1}, {65537, 3}}) {
-      Pyramid* p = nullptr;
-      ASSERT_EQ(zvpiPyramidInitAlloc(&p, INT32_MAX, size, rate), StatusOk);
-      EXPECT_EQ(pair(p->roiSizes[p->level]), std::pair(1, 1)) << rate;
-      EXPECT_EQ(zvpiPyramidFree(p), StatusOk);
+      const RecordPtr p = makeRecord(INT32_MAX, size, rate);
+      EXPECT_EQ(pair(p->roiSizes[p->level]), Size(1, 1)) << rate;
+      EXPECT_NE(pair(p->roiSizes[p->level - 1]), Size(1, 1)) << rate;
     }
+  EXPECT_EQ(makeRecord(INT32_MAX, {300, 2000}, 1.0000002f)->level, 1999) << "one pixel fewer each time";
 }
 
 TEST(PyramidRecord, ChecksInOrderAndReleasesAll) {
@@ -146,6 +124,10 @@ TEST(PyramidRecord, ChecksInOrderAndReleasesAll) {
   }
   failAllocation(0);
   EXPECT_EQ(p, untouched);
+  EXPECT_EQ(zvpiPyramidInitAlloc(&p, 3, {9, 9}, 2), StatusOk);
+  EXPECT_EQ(zvpiPyramidFree(p), StatusOk);
+  EXPECT_EQ(zvpiPyramidFree(nullptr), ErrNullPtr);
+  EXPECT_EQ(liveAllocations(), 0);
 }
 
 }  // namespace
