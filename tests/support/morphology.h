@@ -1,4 +1,4 @@
-// Masks, the members of the morphology families as one table, specifications and buffers of exactly the reported size
+// Masks, the members of the morphology families as tables, specifications and buffers of exactly the reported size
 // against inaccessible pages, and the plain model of erosion and dilation.
 #pragma once
 
@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "support/image.h"
+#include "support/checks.h"
 #include "zvpcv/morphology.h"
 
 namespace zvp::test {
@@ -18,7 +18,6 @@ struct Mask {
 
   RoiSize size() const { return {width, height}; }
   bool has(int x, int y) const { return members[static_cast<size_t>(y * width + x)] != 0; }
-  bool isEmpty() const { return std::count(members.begin(), members.end(), 0) == width * height; }
   Mask rotated() const { return {width, height, {members.rbegin(), members.rend()}}; }
   Point centre() const { return {(width - 1) / 2, (height - 1) / 2}; }
 };
@@ -78,32 +77,53 @@ inline std::vector<BorderType> acceptedBorders() {
   return borders;
 }
 
+inline bool inMemory(BorderType border, BorderType flag) {
+  return (border & 15) == BorderInMemory || (border & flag) != 0;
+}
+
+// Pixels around a region that may be read where they are in memory; `reach` filters one after another.
+struct Room {
+  int left, top, right, bottom;
+
+  Room(BorderType border, const Mask& mask, Point anchor, int reach) {
+    const auto room = [&](BorderType flag, int pixels) { return inMemory(border, flag) ? reach * pixels : 0; };
+    left = room(BorderLeftInMemory, anchor.x);
+    top = room(BorderTopInMemory, anchor.y);
+    right = room(BorderRightInMemory, mask.width - anchor.x - 1);
+    bottom = room(BorderBottomInMemory, mask.height - anchor.y - 1);
+  }
+};
+
 // The coordinate that is read for x, on an axis with that extent.
 inline int resolve(int x, int extent, bool beforeInMemory, bool afterInMemory) {
   if (x < 0) return beforeInMemory ? x : 0;
   return x < extent || afterInMemory ? x : extent - 1;
 }
 
-inline Point resolve(int x, int y, RoiSize roi, BorderType border) {
-  const bool all = (border & 15) == BorderInMemory;
-  return {resolve(x, roi.width, all || border & BorderLeftInMemory, all || border & BorderRightInMemory),
-          resolve(y, roi.height, all || border & BorderTopInMemory, all || border & BorderBottomInMemory)};
-}
-
-// Extremum at one output pixel; read(x, y) gives a source pixel.
+// Erosion or dilation of a region, row by row; read(x, y) gives a pixel in memory.
 template <class T, class Read>
-T plainExtremum(const Mask& mask, Point anchor, bool erode, int x, int y, Read read) {
-  bool first = true;
-  T value{};
-  for (int j = 0; j < mask.height; ++j) {
-    for (int i = 0; i < mask.width; ++i) {
-      if (!mask.has(i, j)) continue;
-      const T next = read(x + i - anchor.x, y + j - anchor.y);
-      value = first ? next : erode ? (value < next ? value : next) : (value > next ? value : next);
-      first = false;
+std::vector<T> plainFilter(const Mask& mask, Point anchor, bool erode, RoiSize roi, BorderType border, Read read) {
+  const auto pixel = [&](int x, int y) -> T {
+    return read(resolve(x, roi.width, inMemory(border, BorderLeftInMemory), inMemory(border, BorderRightInMemory)),
+                resolve(y, roi.height, inMemory(border, BorderTopInMemory), inMemory(border, BorderBottomInMemory)));
+  };
+  std::vector<Point> members;
+  for (int j = 0; j < mask.height; ++j)
+    for (int i = 0; i < mask.width; ++i)
+      if (mask.has(i, j)) members.push_back({i - anchor.x, j - anchor.y});
+  if (members.empty()) members = {{0, 0}};
+  std::vector<T> result;
+  for (int y = 0; y < roi.height; ++y) {
+    for (int x = 0; x < roi.width; ++x) {
+      T value = pixel(x + members[0].x, y + members[0].y);
+      for (const Point m : members) {
+        const T next = pixel(x + m.x, y + m.y);
+        value = (erode ? value < next : value > next) ? value : next;
+      }
+      result.push_back(value);
     }
   }
-  return first ? read(x, y) : value;
+  return result;
 }
 
 // Numbers that find faults: plateaus, extremes; floats are finite, with zeros of both signs.
@@ -124,115 +144,289 @@ T morphValue(std::mt19937& engine) {
 template <class T>
 class Source {
  public:
-  Source(RoiSize roi, const Mask& mask, Point anchor, int channels, BorderType border, int extra, Placement placement,
-         unsigned seed, int reach = 1)
-      : roi_(roi), channels_(channels), border_(border) {
-    const bool all = (border & 15) == BorderInMemory;
-    const auto room = [&](BorderType flag, int pixels) { return all || (border & flag) != 0 ? reach * pixels : 0; };
-    left_ = room(BorderLeftInMemory, anchor.x);
-    top_ = room(BorderTopInMemory, anchor.y);
-    const int right = room(BorderRightInMemory, mask.width - anchor.x - 1);
-    const int bottom = room(BorderBottomInMemory, mask.height - anchor.y - 1);
-    image_ = std::make_unique<Image<T>>((left_ + roi.width + right) * channels, top_ + roi.height + bottom, extra,
-                                        placement);
-    std::mt19937 engine(seed);
-    image_->fill([&] { return morphValue<T>(engine); });
-  }
+  Source(RoiSize roi, const Mask& mask, Point anchor, int channels, BorderType border, unsigned seed, int reach = 1)
+      : Source(roi, Room(border, mask, anchor, reach), channels, seed) {}
 
   T* data() const {
-    return reinterpret_cast<T*>(reinterpret_cast<uint8_t*>(image_->data()) + ptrdiff_t{top_} * step() +
-                                ptrdiff_t{left_} * channels_ * ptrdiff_t{sizeof(T)});
+    return reinterpret_cast<T*>(reinterpret_cast<uint8_t*>(image_.data()) + ptrdiff_t{room_.top} * step() +
+                                ptrdiff_t{room_.left} * channels_ * ptrdiff_t{sizeof(T)});
   }
-  int step() const { return image_->step(); }
-  const Image<T>& image() const { return *image_; }
-
-  // A pixel in memory, and the pixel that the border rule gives.
-  T memory(int x, int y, int c) const { return image_->get(y + top_, (x + left_) * channels_ + c); }
-  T pixel(int x, int y, int c) const {
-    const Point p = resolve(x, y, roi_, border_);
-    return memory(p.x, p.y, c);
-  }
+  int step() const { return image_.step(); }
+  RoiSize roi() const { return roi_; }
+  int channels() const { return channels_; }
+  T memory(int x, int y, int c) const { return image_.get(y + room_.top, (x + room_.left) * channels_ + c); }
+  std::vector<uint8_t> bytes() const { return image_.bytes(); }
 
  private:
+  Source(RoiSize roi, Room room, int channels, unsigned seed)
+      : roi_(roi),
+        room_(room),
+        channels_(channels),
+        image_((room.left + roi.width + room.right) * channels, room.top + roi.height + room.bottom,
+               static_cast<int>(seed % 3 * sizeof(T)), somePlacement(static_cast<int>(seed))) {
+    std::mt19937 engine(seed);
+    image_.fill([&] { return morphValue<T>(engine); });
+  }
+
   RoiSize roi_;
+  Room room_;
   int channels_;
-  BorderType border_;
-  int left_, top_;
-  std::unique_ptr<Image<T>> image_;
+  Image<T> image_;
 };
 
-template <class T>
+// run(dst) filters src to dst, which may be src itself; plain(read) gives the results of one channel.
+template <class T, class Run, class Plain>
+void expectResults(const Source<T>& src, unsigned seed, Run run, Plain plain) {
+  const int channels = src.channels(), width = src.roi().width;
+  std::vector<std::vector<T>> want;
+  for (int c = 0; c < channels; ++c) want.push_back(plain([&, c](int x, int y) { return src.memory(x, y, c); }));
+  const Image<T> dst(width * channels, src.roi().height, static_cast<int>(seed % 2 * sizeof(T)),
+                     somePlacement(static_cast<int>(seed)));
+  const auto before = src.bytes();
+  ASSERT_EQ(run(dst), StatusOk);
+  ASSERT_TRUE(matches(dst, [&](int y, int i) {
+    return want[static_cast<size_t>(i % channels)][static_cast<size_t>(y * width + i / channels)];
+  }));
+  ASSERT_EQ(src.bytes(), before);
+  ASSERT_EQ(run(src), StatusOk);
+  ASSERT_TRUE(matches(dst, [&](int y, int i) { return src.memory(i / channels, y, i % channels); })) << "in place";
+}
+
+inline int channelsOf(const std::string& name) { return name[name.find('C') + 1] - '0'; }
+
+// Extent: what the objects of a family are made for, a width or a size.
+template <class T, class Spec, class Extent>
 struct MorphMember {
-  using Filter = std::function<Status(const T*, int, T*, int, RoiSize, BorderType, const MorphBorderSpec*, uint8_t*)>;
-
-  const char* name;
-  int channels;
-  Status (*getSize)(int, RoiSize, int*, int*);
-  Status (*init)(int, const uint8_t*, RoiSize, MorphBorderSpec*, uint8_t*);
-  Filter erode, dilate;
+  std::string name;
+  Status (*getSize)(Extent, RoiSize, int*, int*);
+  Status (*init)(Extent, const uint8_t*, RoiSize, Spec*, uint8_t*);
+  std::vector<std::function<Status(const T*, int, T*, int, RoiSize, BorderType, const Spec*, uint8_t*)>> operations;
 };
 
-// A specification and a work buffer.
+// The border value means nothing to these families.
+template <class T, class Value, class Spec, class Extent>
+auto morphMember(
+    const char* name, Status (*getSize)(Extent, RoiSize, int*, int*),
+    Status (*init)(Extent, const uint8_t*, RoiSize, Spec*, uint8_t*),
+    std::initializer_list<Status (*)(const T*, int, T*, int, RoiSize, BorderType, Value, const Spec*, uint8_t*)>
+        operations) {
+  Value value{};
+  if constexpr (!std::is_pointer_v<Value>) value = 77;
+  MorphMember<T, Spec, Extent> member{name, getSize, init, {}};
+  for (const auto f : operations)
+    member.operations.push_back(
+        [=](const T* src, int srcStep, T* dst, int dstStep, RoiSize roi, BorderType border, const Spec* spec,
+            uint8_t* buffer) { return f(src, srcStep, dst, dstStep, roi, border, value, spec, buffer); });
+  return member;
+}
+
+// A specification and a work buffer; the buffer that Init saw is gone.
+template <class Spec>
 class MorphWork {
  public:
-  template <class T>
-  MorphWork(const MorphMember<T>& member, int roiWidth, const Mask& mask, Placement placement) {
-    int specSize = 0, bufferSize = 0;
-    EXPECT_EQ(member.getSize(roiWidth, mask.size(), &specSize, &bufferSize), StatusOk);
+  template <class T, class Extent>
+  MorphWork(const MorphMember<T, Spec, Extent>& member, std::type_identity_t<Extent> extent, const Mask& mask,
+            Placement placement = {}) {
+    EXPECT_EQ(member.getSize(extent, mask.size(), &specSize, &bufferSize), StatusOk);
     if (sizeof(T) == 2) placement.shift *= 4;  // the specification stands at a multiple of 4
     spec_ = std::make_unique<GuardedBlock>(static_cast<size_t>(specSize), placement);
     buffer_ = std::make_unique<GuardedBlock>(static_cast<size_t>(bufferSize), placement);
-    EXPECT_EQ(member.init(roiWidth, mask.members.data(), mask.size(), spec(), buffer()), StatusOk);
+    const GuardedBlock first(static_cast<size_t>(bufferSize), {});
+    EXPECT_EQ(member.init(extent, mask.members.data(), mask.size(), spec(), first.start()), StatusOk);
+    firstBytes = {first.start(), first.start() + bufferSize};
   }
 
-  MorphBorderSpec* spec() const { return reinterpret_cast<MorphBorderSpec*>(spec_->start()); }
+  Spec* spec() const { return reinterpret_cast<Spec*>(spec_->start()); }
   uint8_t* buffer() const { return buffer_->start(); }
-  size_t specSize() const { return spec_->size(); }
   std::vector<uint8_t> specBytes() const { return spec_->bytes(); }
   std::vector<uint8_t> bufferBytes() const { return buffer_->bytes(); }
 
-  int32_t word(int i) const {
+  template <class Filter, class Src, class Dst>
+  Status run(const Filter& filter, const Src& src, const Dst& dst, RoiSize roi, BorderType border) const {
+    return filter(src.data(), src.step(), dst.data(), dst.step(), roi, border, spec(), buffer());
+  }
+
+  // Words of the specification, or of the inner one that stands `offset` bytes behind its start.
+  int32_t word(int i, int offset = 0) const {
     int32_t value;
-    memcpy(&value, spec_->start() + 4 * i, sizeof value);
+    memcpy(&value, spec_->start() + offset + 4 * i, sizeof value);
     return value;
   }
   void setWord(int i, int32_t value) const { memcpy(spec_->start() + 4 * i, &value, sizeof value); }
 
   // What a word refers to: an address on 32-bit builds, else an offset.
-  const uint8_t* target(int i) const {
-    const auto value = static_cast<uint32_t>(word(i));
-    return sizeof(void*) == 4 ? reinterpret_cast<const uint8_t*>(uintptr_t{value}) : spec_->start() + value;
+  const uint8_t* target(int i, int offset = 0) const {
+    const auto value = static_cast<uint32_t>(word(i, offset));
+    return sizeof(void*) == 4 ? reinterpret_cast<const uint8_t*>(uintptr_t{value}) : spec_->start() + offset + value;
   }
+
+  int specSize = 0, bufferSize = 0;
+  std::vector<uint8_t> firstBytes;  // the buffer that Init saw
 
  private:
   std::unique_ptr<GuardedBlock> spec_, buffer_;
 };
 
-#define ZVP_MORPH_MEMBER(T, CHANNELS, NAME, VALUE)                                                                \
-  MorphMember<T> {                                                                                                \
-#NAME, CHANNELS, zvpiMorphologyBorderGetSize_##NAME, zvpiMorphologyBorderInit_##NAME,                           \
-        [](const T* src, int srcStep, T* dst, int dstStep, RoiSize roi, BorderType border,                          \
-           const MorphBorderSpec* spec, uint8_t* buffer) {                                                          \
-          return zvpiErodeBorder_##NAME(src, srcStep, dst, dstStep, roi, border, VALUE, spec, buffer);              \
-        },                                                                                                          \
-        [](const T* src, int srcStep, T* dst, int dstStep, RoiSize roi, BorderType border,                          \
-           const MorphBorderSpec* spec, uint8_t* buffer) {                                                          \
-          return zvpiDilateBorder_##NAME(src, srcStep, dst, dstStep, roi, border, VALUE, spec, buffer);             \
-        } \
+// Checks of getSize and init; `bad` are extents and masks too small or too large.
+template <class T, class Spec, class Extent>
+void expectObjectChecks(const MorphMember<T, Spec, Extent>& member,
+                        const std::vector<std::pair<Extent, RoiSize>>& bad) {
+  SCOPED_TRACE(member.name);
+  int spec = -1, buffer = -1;
+  uint8_t mask[4] = {}, object[4096] = {};
+  auto* target = reinterpret_cast<Spec*>(object);
+  EXPECT_EQ(member.getSize({}, {0, 0}, nullptr, &buffer), ErrNullPtr);
+  EXPECT_EQ(member.getSize({}, {0, 0}, &spec, nullptr), ErrNullPtr);
+  EXPECT_EQ(member.init({}, nullptr, {0, 0}, target, object), ErrNullPtr);
+  EXPECT_EQ(member.init({}, mask, {0, 0}, nullptr, object), ErrNullPtr);
+  EXPECT_EQ(member.init({}, mask, {0, 0}, target, nullptr), ErrNullPtr);
+  for (size_t i = 0; i < bad.size(); ++i) {
+    EXPECT_EQ(member.getSize(bad[i].first, bad[i].second, &spec, &buffer), ErrSize) << i;
+    EXPECT_EQ(member.init(bad[i].first, mask, bad[i].second, target, object), ErrSize) << i;
   }
+  EXPECT_EQ(std::pair(spec, buffer), std::pair(-1, -1));
+  EXPECT_EQ(std::count(object, object + sizeof object, 0), std::ptrdiff_t{sizeof object});
+}
+
+// Checks of a filter whose object was made for 8 pixels: filter(src, step, dst, step, roi, border, pointers...).
+template <class T, class Filter, class... Pointers>
+void expectFilterChecks(const std::string& name, const Filter& filter, Status wrongBorder,
+                        const std::vector<BorderType>& wrong, Pointers... pointers) {
+  const int channels = channelsOf(name);
+  const Image<T> src(8 * channels, 4), dst(8 * channels, 4), wide(9 * channels, 4);
+  const auto before = dst.bytes(), wideBefore = wide.bytes();
+  const auto call = [&](const T* s, int sStep, T* d, int dStep, RoiSize roi, Pointers... p) {
+    return filter(s, sStep, d, dStep, roi, roi.width < 1 || roi.height < 1 ? BorderWrap : BorderReplicate, p...);
+  };
+  expectStandardChecks(callOf(name, call, operandOf(src), operandOf(dst), RoiSize{8, 4}, pointers...));
+  const auto onWide = [&](BorderType border) {
+    return filter(wide.data(), wide.step(), wide.data(), wide.step(), {9, 4}, border, pointers...);
+  };
+  for (const BorderType border : wrong) EXPECT_EQ(onWide(border), wrongBorder) << border;
+  EXPECT_EQ(onWide(BorderReplicate), ErrSize) << "wider than at initialisation";
+  EXPECT_EQ(dst.bytes(), before);
+  EXPECT_EQ(wide.bytes(), wideBefore);
+}
+
+template <class T, class Spec, class Extent>
+void expectMemberChecks(const MorphMember<T, Spec, Extent>& member, std::type_identity_t<Extent> extent) {
+  SCOPED_TRACE(member.name);
+  const MorphWork work(member, extent, full(3, 3));
+  const auto bufferBefore = work.bufferBytes();
+  for (const auto& filter : member.operations)
+    expectFilterChecks<T>(member.name, filter, ErrBorderType, {0, 2, 3, 4, 5, 7, 15, 0xf0, 0x10, -1}, work.spec(),
+                          work.buffer());
+  EXPECT_EQ(work.bufferBytes(), bufferBefore);
+}
+
+// Images of bits: any number of them in front of the region's first.
+struct BitImage {
+  int step, bits;
+  GuardedBlock block;
+
+  BitImage(int rowBits, int height, int extra, Placement placement)
+      : step((rowBits + 7) / 8 + extra),
+        bits(rowBits),
+        block(static_cast<size_t>(step * (height - 1) + (rowBits + 7) / 8), placement) {}
+
+  uint8_t* row(int y) const { return block.start() + ptrdiff_t{y} * step; }
+  int get(int bit, int y) const { return row(y)[bit >> 3] >> (7 - (bit & 7)) & 1; }
+};
+
+struct BitCase {
+  Mask mask;
+  RoiSize roi;
+  BorderType border;
+  int srcOffset, dstOffset;
+  unsigned seed;
+};
+
+// operation(...) on bits; plain(read) gives the results, one value per pixel.
+template <class Operation, class Spec, class Plain>
+void expectBits(const BitCase& c, int reach, Operation operation, const MorphWork<Spec>& work, Plain plain) {
+  const Room room(c.border, c.mask, c.mask.centre(), reach);
+  const Placement placement = somePlacement(static_cast<int>(c.seed));
+  const int left = room.left + c.srcOffset, height = room.top + c.roi.height + room.bottom;
+  const BitImage src(left + c.roi.width + room.right, height, static_cast<int>(c.seed % 2), placement);
+  const BitImage dst(c.dstOffset + c.roi.width, c.roi.height, 0, placement);
+  std::mt19937 engine(c.seed);
+  for (int y = 0; y < height; ++y)
+    for (int i = 0; i < (src.bits + 7) / 8; ++i)
+      src.row(y)[i] = static_cast<uint8_t>(c.seed % 2 == 0 ? engine() | engine() : engine() & engine());
+  ASSERT_EQ(operation(src.row(room.top), src.step, left, dst.row(0), dst.step, c.dstOffset, c.roi, c.border, 1,
+                      work.spec(), work.buffer()),
+            StatusOk);
+  const auto want = plain([&](int x, int y) { return src.get(left + x, room.top + y); });
+  for (int y = 0; y < c.roi.height; ++y) {
+    for (int bit = 0; bit < (dst.bits + 7) / 8 * 8; ++bit) {
+      const int x = bit - c.dstOffset, untouched = GuardedBlock::kCanary >> (7 - (bit & 7)) & 1;
+      const bool inside = x >= 0 && x < c.roi.width;
+      ASSERT_EQ(dst.get(bit, y), inside ? want[static_cast<size_t>(y * c.roi.width + x)] : untouched)
+          << "mask " << c.mask.width << "x" << c.mask.height << " roi " << c.roi.width << "x" << c.roi.height
+          << " border " << c.border << " offsets " << c.srcOffset << " " << c.dstOffset << " pixel " << x << ", " << y;
+    }
+  }
+}
+
+template <class Spec>
+struct BitArguments {
+  const uint8_t* src;
+  int srcStep, srcBit;
+  uint8_t* dst;
+  int dstStep, dstBit;
+  RoiSize roi;
+  BorderType border;
+  const Spec* spec;
+  uint8_t* buffer;
+};
+
+// Checks of an operation on bits whose object was made for 17 pixels.
+template <class Operation, class Spec>
+void expectBitChecks(Operation operation, const MorphWork<Spec>& work, bool widthBeforeInPlace) {
+  using Arguments = BitArguments<Spec>;
+  const uint8_t src[16] = {};
+  uint8_t dst[16] = {};
+  std::vector<Fault<Arguments>> faults = {
+      {ErrSize, {[](Arguments& a) { a.roi.width = 18; }}},
+      {ErrInPlaceNotSupported, {[](Arguments& a) { a.src = a.dst; }}},
+      {ErrBorderType, {[](Arguments& a) { a.border = 0xf0; }}},
+      {ErrStep, {[](Arguments& a) { a.srcStep = 2; }, [](Arguments& a) { a.dstStep = 2; }}},
+      {ErrSize,
+       {[](Arguments& a) { a.srcBit = -1; }, [](Arguments& a) { a.dstBit = -1; },
+        [](Arguments& a) {
+          a.roi = {0, 1};
+        },
+        [](Arguments& a) {
+          a.roi = {1, 0};
+        }}},
+      {ErrNullPtr,
+       {[](Arguments& a) { a.src = nullptr; }, [](Arguments& a) { a.dst = nullptr; },
+        [](Arguments& a) { a.spec = nullptr; }, [](Arguments& a) { a.buffer = nullptr; }}},
+  };
+  if (widthBeforeInPlace) std::swap(faults[0], faults[1]);
+  const auto call = [&](const Arguments& a) {
+    return operation(a.src, a.srcStep, a.srcBit, a.dst, a.dstStep, a.dstBit, a.roi, a.border, 0, a.spec, a.buffer);
+  };
+  const Arguments valid{src, 3, 0, dst, 3, 0, {17, 1}, BorderReplicate, work.spec(), work.buffer()};
+  expectFaultsInOrder(valid, call, faults);
+  EXPECT_EQ(std::count(dst, dst + 16, 0), 16);
+}
 
 // Calls f with every member of one element per channel.
 template <class F>
 void forEachMorphMember(F f) {
-  static const uint8_t bytes[] = {1, 2, 3, 4};
-  f(ZVP_MORPH_MEMBER(uint8_t, 1, 8u_C1R, 77));
-  f(ZVP_MORPH_MEMBER(uint8_t, 3, 8u_C3R, nullptr));
-  f(ZVP_MORPH_MEMBER(uint8_t, 4, 8u_C4R, bytes));
-  f(ZVP_MORPH_MEMBER(uint16_t, 1, 16u_C1R, 0));
-  f(ZVP_MORPH_MEMBER(int16_t, 1, 16s_C1R, -32768));
-  f(ZVP_MORPH_MEMBER(float, 1, 32f_C1R, -1e30f));
-  f(ZVP_MORPH_MEMBER(float, 3, 32f_C3R, nullptr));
-  f(ZVP_MORPH_MEMBER(float, 4, 32f_C4R, nullptr));
+#define ZVP_MEMBER(NAME)                                                                    \
+  f(morphMember(#NAME, zvpiMorphologyBorderGetSize_##NAME, zvpiMorphologyBorderInit_##NAME, \
+                {zvpiErodeBorder_##NAME, zvpiDilateBorder_##NAME}))
+  ZVP_MEMBER(8u_C1R);
+  ZVP_MEMBER(8u_C3R);
+  ZVP_MEMBER(8u_C4R);
+  ZVP_MEMBER(16u_C1R);
+  ZVP_MEMBER(16s_C1R);
+  ZVP_MEMBER(32f_C1R);
+  ZVP_MEMBER(32f_C3R);
+  ZVP_MEMBER(32f_C4R);
+#undef ZVP_MEMBER
 }
 
 }  // namespace zvp::test
