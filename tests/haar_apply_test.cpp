@@ -25,18 +25,15 @@ std::array<Point, 4> corners(Rect r, bool tilted) {
   return {{{x + w, y + h}, {x, y + h}, {x + w, y}, {x, y}}};
 }
 
-float rectSum(const std::array<float, 4>& c) {
-  const float a = c[0] - c[1], b = a - c[2];
-  return b + c[3];
-}
-int32_t rectSum(const std::array<int32_t, 4>& c) {
-  return static_cast<int32_t>(static_cast<uint32_t>(c[0]) - static_cast<uint32_t>(c[1]) - static_cast<uint32_t>(c[2]) +
-                              static_cast<uint32_t>(c[3]));
-}
+// Integers wrap.
+template <class T>
+using Wrapping = std::conditional_t<std::is_integral_v<T>, std::make_unsigned<T>, std::type_identity<T>>::type;
 
-float wrappingSum(float a, float b) { return a + b; }
-int64_t wrappingSum(int64_t a, int64_t b) {
-  return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
+template <class T>
+T rectSum(const std::array<T, 4>& c) {
+  using W = Wrapping<T>;
+  const W a = W(c[0]) - W(c[1]), b = a - W(c[2]);
+  return static_cast<T>(b + W(c[3]));
 }
 
 // floor(v x 2^-scaleFactor)
@@ -87,7 +84,7 @@ struct Scene {
         std::array<E, 4> c;
         for (int n = 0; n < 4; ++n) c[n] = entry(mixed && tiltedObject, i, j, corners(stage.rects[r], tiltedObject)[n]);
         const Sum product = static_cast<Sum>(rectSum(c)) * static_cast<Sum>(stage.weights[r]);
-        t = wrappingSum(t, product);
+        t = static_cast<Sum>(Wrapping<Sum>(t) + Wrapping<Sum>(product));
       }
       Sum limit = static_cast<Sum>(norm.get(i, j)) * static_cast<Sum>(stage.thresholds[k]);
       if constexpr (std::is_same_v<V, int32_t>) limit = floorScale(limit, scaleFactor);
@@ -101,33 +98,29 @@ struct Scene {
   RoiSize roi() const { return {mask.width(), mask.height()}; }
 };
 
-template <class E, class V>
-struct Apply {
-  bool mixed;
-
-  Status operator()(const Scene<E, V>& s, HaarClassifier* object, V threshold, int* positive) const {
-    const auto common = [&](auto function, auto... last) {
-      if constexpr (requires {
-                      function(s.uprightOrigin(), 0, s.uprightOrigin(), 0, s.norm.data(), 0, s.mask.data(), 0, s.roi(),
-                               positive, threshold, object, last...);
-                    }) {
-        return function(s.uprightOrigin(), s.upright.step(), s.tiltedOrigin(), s.tilted.step(), s.norm.data(),
-                        s.norm.step(), s.mask.data(), s.mask.step(), s.roi(), positive, threshold, object, last...);
-      } else {
-        return function(s.uprightOrigin(), s.upright.step(), s.norm.data(), s.norm.step(), s.mask.data(), s.mask.step(),
-                        s.roi(), positive, threshold, object, last...);
-      }
-    };
-    if constexpr (std::is_same_v<V, int32_t>) {
-      return mixed ? common(zvpiApplyMixedHaarClassifier_32s_C1RSfs, s.scaleFactor)
-                   : common(zvpiApplyHaarClassifier_32s_C1RSfs, s.scaleFactor);
-    } else if constexpr (std::is_same_v<E, int32_t>) {
-      return mixed ? common(zvpiApplyMixedHaarClassifier_32s32f_C1R) : common(zvpiApplyHaarClassifier_32s32f_C1R);
-    } else {
-      return mixed ? common(zvpiApplyMixedHaarClassifier_32f_C1R) : common(zvpiApplyHaarClassifier_32f_C1R);
-    }
+// Calls body with the plain and the mixed function of a family, and with what follows their other arguments.
+template <class E, class V, class Body>
+auto withFunctions(int scaleFactor, Body body) {
+  if constexpr (std::is_same_v<V, int32_t>) {
+    return body(zvpiApplyHaarClassifier_32s_C1RSfs, zvpiApplyMixedHaarClassifier_32s_C1RSfs, scaleFactor);
+  } else if constexpr (std::is_same_v<E, int32_t>) {
+    return body(zvpiApplyHaarClassifier_32s32f_C1R, zvpiApplyMixedHaarClassifier_32s32f_C1R);
+  } else {
+    return body(zvpiApplyHaarClassifier_32f_C1R, zvpiApplyMixedHaarClassifier_32f_C1R);
   }
-};
+}
+
+template <class E, class V>
+Status apply(const Scene<E, V>& s, bool mixed, HaarClassifier* object, V threshold, int* positive) {
+  return withFunctions<E, V>(s.scaleFactor, [&](auto plainForm, auto mixedForm, auto... last) {
+    const auto rest = [&](auto f, auto... tables) {
+      return f(tables..., s.norm.data(), s.norm.step(), s.mask.data(), s.mask.step(), s.roi(), positive, threshold,
+               object, last...);
+    };
+    return mixed ? rest(mixedForm, s.uprightOrigin(), s.upright.step(), s.tiltedOrigin(), s.tilted.step())
+                 : rest(plainForm, s.uprightOrigin(), s.upright.step());
+  });
+}
 
 // Masks from full to nearly empty, with values other than 1.
 void fillMask(const Image<uint8_t>& mask, unsigned seed) {
@@ -150,7 +143,7 @@ void expectApplied(const Scene<E, V>& s, bool mixed, V threshold) {
     }
   }
   int positive = -1;
-  ASSERT_EQ((Apply<E, V>{mixed}(s, object.get(), threshold, &positive)), StatusOk);
+  ASSERT_EQ(apply(s, mixed, object.get(), threshold, &positive), StatusOk);
   EXPECT_EQ(positive, remaining);
   ASSERT_TRUE(matches(s.mask, [&](int y, int x) { return expected.get(y, x); })) << "width " << s.mask.width();
 }
@@ -258,7 +251,7 @@ TEST(HaarApply, ObjectWithoutClassifiers) {
       const auto object = build(s.stage);
       const auto before = s.mask.bytes();
       int positive = -1;
-      const Status status = Apply<float, float>{mixed}(s, object.get(), threshold, &positive);
+      const Status status = apply(s, mixed, object.get(), threshold, &positive);
       if (mixed) {
         EXPECT_EQ(status, StatusOk);
         EXPECT_EQ(positive, threshold > 0 ? 0 : 66);
@@ -280,54 +273,42 @@ void expectApplyMemory() {
   const auto before = s.mask.bytes();
   int positive = -1;
   failAllocation(1);
-  EXPECT_EQ((Apply<E, V>{false}(s, object.get(), 0, &positive)), ErrNoMemory);
+  EXPECT_EQ(apply(s, false, object.get(), V(0), &positive), ErrNoMemory);
   EXPECT_EQ(positive, -1);
   EXPECT_EQ(s.mask.bytes(), before);
   failAllocation(0);
-  EXPECT_EQ((Apply<E, V>{true}(s, object.get(), 0, &positive)), StatusOk);
+  EXPECT_EQ(apply(s, true, object.get(), V(0), &positive), StatusOk);
   EXPECT_EQ(allocationsSinceLastFailure(), 0) << "the mixed form allocates nothing";
-  EXPECT_EQ((Apply<E, V>{false}(s, object.get(), 0, &positive)), StatusOk);
+  EXPECT_EQ(apply(s, false, object.get(), V(0), &positive), StatusOk);
   EXPECT_EQ(liveAllocations(), alive) << "the table of offsets is released";
 }
 
-TEST(HaarApply, FailedAllocation) {
-  expectApplyMemory<float, float>();
-  expectApplyMemory<int32_t, float>();
-  expectApplyMemory<int32_t, int32_t>();
-}
-
-template <class E, class V, class Plain, class Mixed, class... Last>
-void expectApplyChecks(Plain plain, Mixed mixed, Last... last) {
-  const Image<E> upright(40, 20), tilted(40, 20);
+template <class E, class V>
+void expectApplyChecks() {
+  const Image<E> upright(8, 2), tilted(8, 2);
   const Image<V> norm(8, 2);
   const Image<uint8_t> mask(8, 2);
   const auto object = build(randomStage<V>(1, 2, 5));
   int positive = -77;
   const auto before = mask.bytes();
-  const auto entries = [](const Operand& o) { return static_cast<const E*>(o.data); };
-  const auto norms = [](const Operand& o) { return static_cast<const V*>(o.data); };
-  const auto masks = [](const Operand& o) { return static_cast<uint8_t*>(const_cast<void*>(o.data)); };
-  const auto positives = [](const void* p) { return static_cast<int*>(const_cast<void*>(p)); };
-  const auto objects = [](const void* p) { return static_cast<HaarClassifier*>(const_cast<void*>(p)); };
-  const Operand src{upright.data(), 32, 4}, tilt{tilted.data(), 32, 4}, n{norm.data(), 32, 4}, m{mask.data(), 8, 1};
-  expectStandardChecks(
-      {"plain", {src, n, m}, {&positive, object.get()}, {8, 2}, [&](const auto& o, const auto& p, RoiSize roi) {
-         return plain(entries(o[0]), o[0].step, norms(o[1]), o[1].step, masks(o[2]), o[2].step, roi, positives(p[0]),
-                      V(0), objects(p[1]), last...);
-       }});
-  expectStandardChecks(
-      {"mixed", {src, tilt, n, m}, {&positive, object.get()}, {8, 2}, [&](const auto& o, const auto& p, RoiSize roi) {
-         return mixed(entries(o[0]), o[0].step, entries(o[1]), o[1].step, norms(o[2]), o[2].step, masks(o[3]),
-                      o[3].step, roi, positives(p[0]), V(0), objects(p[1]), last...);
-       }});
+  withFunctions<E, V>(0, [&](auto plainForm, auto mixedForm, auto... last) {
+    const Operand src = operandOf(upright), tilt = operandOf(tilted), n = operandOf(norm), m = operandOf(mask);
+    const RoiSize roi{8, 2};
+    expectStandardChecks(callOf("plain", plainForm, src, n, m, roi, &positive, V(0), object.get(), last...));
+    expectStandardChecks(callOf("mixed", mixedForm, src, tilt, n, m, roi, &positive, V(0), object.get(), last...));
+  });
   EXPECT_EQ(positive, -77);
   EXPECT_EQ(mask.bytes(), before);
 }
 
-TEST(HaarApply, ChecksInOrderAndWritesNothing) {
-  expectApplyChecks<float, float>(zvpiApplyHaarClassifier_32f_C1R, zvpiApplyMixedHaarClassifier_32f_C1R);
-  expectApplyChecks<int32_t, float>(zvpiApplyHaarClassifier_32s32f_C1R, zvpiApplyMixedHaarClassifier_32s32f_C1R);
-  expectApplyChecks<int32_t, int32_t>(zvpiApplyHaarClassifier_32s_C1RSfs, zvpiApplyMixedHaarClassifier_32s_C1RSfs, 0);
+TEST(HaarApply, FailedAllocationsAndChecksInOrder) {
+  const auto expectFamilyChecks = []<class E, class V>(E, V) {
+    expectApplyMemory<E, V>();
+    expectApplyChecks<E, V>();
+  };
+  expectFamilyChecks(0.0f, 0.0f);
+  expectFamilyChecks(0, 0.0f);
+  expectFamilyChecks(0, 0);
 }
 
 }  // namespace

@@ -61,19 +61,22 @@ TEST(HaarObject, TiltedConstruction) {
 }
 
 TEST(HaarObject, Extent) {
-  RoiSize size = {-1, -1};
   StageArrays<float> one;
   one.add(0, 0, 0, {{{2, 3, 4, 5}, 1}});
-  EXPECT_EQ(zvpiGetHaarClassifierSize_32f(build(one).get(), &size), StatusOk);
-  EXPECT_EQ(std::pair(size.width, size.height), std::pair(6, 8));
-  EXPECT_EQ(zvpiGetHaarClassifierSize_32s(build(oneToThree()).get(), &size), StatusOk);
-  EXPECT_EQ(std::pair(size.width, size.height), std::pair(9, 9));
-  EXPECT_EQ(zvpiGetHaarClassifierSize_32f(build(one, true).get(), &size), StatusOk);
-  EXPECT_EQ(std::pair(size.width, size.height), std::pair(6, 12));
-  EXPECT_EQ(zvpiGetHaarClassifierSize_32f(build(StageArrays<float>{}).get(), &size), StatusOk);
-  EXPECT_EQ(std::pair(size.width, size.height), std::pair(0, 0));
-  EXPECT_EQ(zvpiGetHaarClassifierSize_32f(nullptr, &size), ErrNullPtr);
-  EXPECT_EQ(zvpiGetHaarClassifierSize_32s(build(one).get(), nullptr), ErrNullPtr);
+  for (const auto extent : {zvpiGetHaarClassifierSize_32f, zvpiGetHaarClassifierSize_32s}) {
+    const auto extentOf = [&](const StageArrays<float>& stage, bool tilted) {
+      RoiSize size = {-1, -1};
+      EXPECT_EQ(extent(build(stage, tilted).get(), &size), StatusOk);
+      return std::pair(size.width, size.height);
+    };
+    EXPECT_EQ(extentOf(one, false), std::pair(6, 8));
+    EXPECT_EQ(extentOf(oneToThree(), false), std::pair(9, 9));
+    EXPECT_EQ(extentOf(one, true), std::pair(6, 12));
+    EXPECT_EQ(extentOf({}, false), std::pair(0, 0));
+    RoiSize size;
+    EXPECT_EQ(extent(nullptr, &size), ErrNullPtr);
+    EXPECT_EQ(extent(build(one).get(), nullptr), ErrNullPtr);
+  }
 }
 
 TEST(HaarObject, TiltsChosenClassifiersOnce) {
@@ -100,63 +103,53 @@ TEST(HaarObject, TiltsChosenClassifiersOnce) {
   EXPECT_EQ(zvpiTiltHaarFeatures_32f(mask, 0, nullptr), ErrNullPtr);
 }
 
-// A call whose arrays are laid open; every failure must leave *pState alone.
+// Every failure must leave *pState alone.
 template <class T>
-struct Init {
-  Status (*function)(HaarClassifier**, const Rect*, const T*, const T*, const T*, const T*, const int*, int);
-
-  Status operator()(const StageArrays<T>& s, int length, int nullArgument = -1) const {
-    auto* const untouched = reinterpret_cast<HaarClassifier*>(this->marker);
-    HaarClassifier* state = untouched;
-    const auto unless = [&](int k, auto p) { return k == nullArgument ? nullptr : p; };
-    const Status status =
-        function(nullArgument == 0 ? nullptr : &state, unless(1, s.rects.data()), unless(2, s.weights.data()),
-                 unless(3, s.thresholds.data()), unless(4, s.val1.data()), unless(5, s.val2.data()),
-                 unless(6, s.counts.data()), length);
-    if (status != StatusOk) {
-      EXPECT_EQ(state, untouched);
-    } else {
-      zvpiHaarClassifierFree_32s(state);
-    }
-    return status;
-  }
-
-  static inline char marker[1];
-};
+Status init(bool tilted, const StageArrays<T>& s, int length, int nullArgument = -1) {
+  char marker;
+  auto* const untouched = reinterpret_cast<HaarClassifier*>(&marker);
+  HaarClassifier* state = untouched;
+  const auto unless = [&](int k, auto p) { return k == nullArgument ? nullptr : p; };
+  const Status status = haarInit<T>(tilted)(unless(0, &state), unless(1, s.rects.data()), unless(2, s.weights.data()),
+                                            unless(3, s.thresholds.data()), unless(4, s.val1.data()),
+                                            unless(5, s.val2.data()), unless(6, s.counts.data()), length);
+  EXPECT_EQ(state == untouched, status != StatusOk);
+  if (status == StatusOk) zvpiHaarClassifierFree_32s(state);
+  return status;
+}
 
 template <class T>
-void expectInitChecks(Init<T> init, bool tilted) {
+void expectInitChecks(bool tilted) {
   const auto valid = randomStage<T>(1, 5, 20);
-  EXPECT_EQ(init(valid, 5), StatusOk);
-  EXPECT_EQ(init(valid, 0), StatusOk);
-  for (int argument = 0; argument <= 6; ++argument) EXPECT_EQ(init(valid, -1, argument), ErrNullPtr);
-  EXPECT_EQ(init(valid, -1), ErrSize);
+  EXPECT_EQ(init(tilted, valid, 5), StatusOk);
+  EXPECT_EQ(init(tilted, valid, 0), StatusOk);
+  for (int argument = 0; argument <= 6; ++argument) EXPECT_EQ(init(tilted, valid, -1, argument), ErrNullPtr);
+  EXPECT_EQ(init(tilted, valid, -1), ErrSize);
   for (const Rect bad :
        {Rect{-1, 0, 1, 1}, {0, -1, 1, 1}, {0, 0, 0, 1}, {0, 0, 1, 0}, {INT32_MAX, 0, 1, 1}, {0, INT32_MAX - 4, 1, 5}}) {
     auto s = valid;
     s.rects.back() = bad;
-    EXPECT_EQ(init(s, 5), ErrBadArg) << bad.x << " " << bad.y << " " << bad.width << " " << bad.height;
+    EXPECT_EQ(init(tilted, s, 5), ErrBadArg) << bad.x << " " << bad.y << " " << bad.width << " " << bad.height;
     s.counts[4] = 0;
-    EXPECT_EQ(init(s, 5), ErrSize) << "all counts come before any rectangle";
+    EXPECT_EQ(init(tilted, s, 5), ErrSize) << "all counts come before any rectangle";
   }
   auto edge = valid;
   edge.rects.back() = {0, INT32_MAX - 5, 1, 5};
-  EXPECT_EQ(init(edge, 5), tilted ? ErrBadArg : StatusOk);
+  EXPECT_EQ(init(tilted, edge, 5), tilted ? ErrBadArg : StatusOk);
   auto tooMany = valid;  // the arrays are not that long: nobody may read them
-  tooMany.counts = {INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX};
-  EXPECT_EQ(init(tooMany, 5), ErrNoMemory);
-  EXPECT_EQ(init(tooMany, 1), ErrNoMemory);
+  tooMany.counts.assign(5, INT32_MAX);
+  for (const int length : {5, 1}) EXPECT_EQ(init(tilted, tooMany, length), ErrNoMemory);
   failAllocation(1);
-  EXPECT_EQ(init(valid, 5), ErrNoMemory);
+  EXPECT_EQ(init(tilted, valid, 5), ErrNoMemory);
   failAllocation(0);
   EXPECT_EQ(liveAllocations(), 0);
 }
 
 TEST(HaarObject, ConstructionChecksInOrder) {
-  expectInitChecks<float>({zvpiHaarClassifierInitAlloc_32f}, false);
-  expectInitChecks<int32_t>({zvpiHaarClassifierInitAlloc_32s}, false);
-  expectInitChecks<float>({zvpiTiltedHaarClassifierInitAlloc_32f}, true);
-  expectInitChecks<int32_t>({zvpiTiltedHaarClassifierInitAlloc_32s}, true);
+  for (const bool tilted : {false, true}) {
+    expectInitChecks<float>(tilted);
+    expectInitChecks<int32_t>(tilted);
+  }
   EXPECT_EQ(zvpiHaarClassifierFree_32f(nullptr), StatusOk);
   EXPECT_EQ(zvpiHaarClassifierFree_32s(nullptr), StatusOk);
 }

@@ -38,19 +38,23 @@ struct StageArrays {
 using HaarPointer = std::unique_ptr<HaarClassifier, Status (*)(HaarClassifier*)>;
 
 template <class T>
+using HaarInit = Status (*)(HaarClassifier**, const Rect*, const T*, const T*, const T*, const T*, const int*, int);
+
+template <class T>
+HaarInit<T> haarInit(bool tilted) {
+  if constexpr (std::is_same_v<T, float>) {
+    return tilted ? zvpiTiltedHaarClassifierInitAlloc_32f : zvpiHaarClassifierInitAlloc_32f;
+  } else {
+    return tilted ? zvpiTiltedHaarClassifierInitAlloc_32s : zvpiHaarClassifierInitAlloc_32s;
+  }
+}
+
+template <class T>
 HaarPointer build(const StageArrays<T>& s, bool tilted = false) {
   HaarClassifier* object = nullptr;
-  Status status;
-  if constexpr (std::is_same_v<T, float>) {
-    const auto init = tilted ? zvpiTiltedHaarClassifierInitAlloc_32f : zvpiHaarClassifierInitAlloc_32f;
-    status = init(&object, s.rects.data(), s.weights.data(), s.thresholds.data(), s.val1.data(), s.val2.data(),
-                  s.counts.data(), s.length());
-  } else {
-    const auto init = tilted ? zvpiTiltedHaarClassifierInitAlloc_32s : zvpiHaarClassifierInitAlloc_32s;
-    status = init(&object, s.rects.data(), s.weights.data(), s.thresholds.data(), s.val1.data(), s.val2.data(),
-                  s.counts.data(), s.length());
-  }
-  EXPECT_EQ(status, StatusOk);
+  EXPECT_EQ(haarInit<T>(tilted)(&object, s.rects.data(), s.weights.data(), s.thresholds.data(), s.val1.data(),
+                                s.val2.data(), s.counts.data(), s.length()),
+            StatusOk);
   return {object, zvpiHaarClassifierFree_32f};
 }
 
