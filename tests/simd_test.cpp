@@ -28,6 +28,20 @@ struct Elements {
   Pack<T, N> pack() const { return load<Pack<T, N>>(v); }
 };
 
+template <int N>
+using Width = std::integral_constant<int, N>;
+template <class T, int N>
+struct Of {};
+
+template <int... N, class F>
+void forWidths(F f) {
+  (f(Width<N>{}), ...);
+}
+template <class... P, class F>
+void forPacks(F f) {
+  (f(P{}), ...);
+}
+
 template <class T, int N, class S, class F>
 void expectConversion(F plain) {
   for (unsigned seed = 0; seed < 200; ++seed) {
@@ -37,136 +51,99 @@ void expectConversion(F plain) {
   }
 }
 
-template <int N>
-void expectConversionsAt() {
-  expectConversion<float, N, int32_t>([](int32_t v) { return static_cast<float>(v); });
-  expectConversion<double, N, int32_t>([](int32_t v) { return static_cast<double>(v); });
-  expectConversion<double, N, float>([](float v) { return static_cast<double>(v); });
-  expectConversion<float, N, double>([](double v) { return static_cast<float>(v); });
-  expectConversion<int64_t, N, int32_t>([](int32_t v) { return int64_t{v}; });
-  const double halves[8] = {0.5, 1.5, 2.5, -0.5, -1.5, 2147483647.0, -2147483648.0, 3.49};
-  const int32_t even[8] = {0, 2, 2, 0, -2, INT32_MAX, INT32_MIN, 3};
-  const Elements<int32_t, N> rounded(convert<int32_t>(load<Pack<double, N>>(halves)));
-  for (int i = 0; i < N; ++i) EXPECT_EQ(rounded.v[i], even[i]);
-}
-
 TEST(Simd, Conversions) {
-  expectConversionsAt<1>();
-  expectConversionsAt<4>();
-  expectConversionsAt<lanes<double>>();
-}
-
-template <int N>
-void expectIntegersAt() {
-  for (unsigned seed = 0; seed < 200; ++seed) {
-    const Elements<uint8_t, N> bytes(seed);
-    const Elements<int32_t, N> widened(loadAs<int32_t, N>(bytes.v)), byteSums(prefixSumOfBytes<N>(bytes.v));
-    const Elements<int32_t, N> v(seed);
-    const Elements<int32_t, N> sums(prefixSum(v.pack())), last(broadcastLast(v.pack()));
-    uint32_t sum = 0;
-    int byteSum = 0;
-    for (int i = 0; i < N; ++i) {
-      sum += static_cast<uint32_t>(v.v[i]);
-      byteSum += bytes.v[i];
-      ASSERT_EQ(widened.v[i], bytes.v[i]);
-      ASSERT_EQ(byteSums.v[i], byteSum);
-      ASSERT_EQ(sums.v[i], static_cast<int32_t>(sum));
-      ASSERT_EQ(last.v[i], v.v[N - 1]);
-    }
-  }
-}
-
-template <class S, int N>
-void expectWidened() {
-  for (unsigned seed = 0; seed < 50; ++seed) {
-    const Elements<S, N> from(seed);
-    const Elements<int32_t, N> integers(loadAs<int32_t, N>(from.v));
-    const Elements<float, N> floats(loadAs<float, N>(from.v));
-    for (int i = 0; i < N; ++i) {
-      ASSERT_EQ(integers.v[i], from.v[i]);
-      ASSERT_EQ(floats.v[i], from.v[i]);
-    }
-  }
-}
-
-template <int N>
-void expectNonZero() {
-  for (int set = 0; set < N; ++set) {
-    uint8_t bytes[N] = {};
-    bytes[set] = static_cast<uint8_t>(1 << set % 8);
-    const Elements<int32_t, N> mask(loadNonZero<N>(bytes));
-    for (int i = 0; i < N; ++i) ASSERT_EQ(mask.v[i], i == set ? -1 : 0);
-  }
-}
-
-template <int N>
-void expectAllWidened() {
-  expectNonZero<N>();
-  expectWidened<uint8_t, N>();
-  expectWidened<int8_t, N>();
-  expectWidened<uint16_t, N>();
-  expectWidened<int16_t, N>();
+  forWidths<1, 4, lanes<double>>([]<int N>(Width<N>) {
+    expectConversion<float, N, int32_t>([](int32_t v) { return static_cast<float>(v); });
+    expectConversion<double, N, int32_t>([](int32_t v) { return static_cast<double>(v); });
+    expectConversion<double, N, float>([](float v) { return static_cast<double>(v); });
+    expectConversion<float, N, double>([](double v) { return static_cast<float>(v); });
+    expectConversion<int64_t, N, int32_t>([](int32_t v) { return int64_t{v}; });
+    const double halves[8] = {0.5, 1.5, 2.5, -0.5, -1.5, 2147483647.0, -2147483648.0, 3.49};
+    const int32_t even[8] = {0, 2, 2, 0, -2, INT32_MAX, INT32_MIN, 3};
+    const Elements<int32_t, N> rounded(convert<int32_t>(load<Pack<double, N>>(halves)));
+    for (int i = 0; i < N; ++i) EXPECT_EQ(rounded.v[i], even[i]);
+  });
 }
 
 TEST(Simd, LoadsThatWiden) {
-  expectAllWidened<1>();
-  expectAllWidened<4>();
-  expectAllWidened<lanes<float>>();
-}
-
-template <class T, int N>
-void expectMaskBits() {
-  for (unsigned seed = 0; seed < 50; ++seed) {
-    const Elements<T, N> a(seed), b(seed + 1);
-    const uint64_t bits = maskBits(a.pack() < b.pack());
-    for (int i = 0; i < 64; ++i) ASSERT_EQ(bits >> i & 1, i < N && a.v[i] < b.v[i]) << sizeof(T) << " bytes, bit " << i;
-  }
+  forWidths<1, 4, lanes<float>>([]<int N>(Width<N>) {
+    for (int set = 0; set < N; ++set) {
+      uint8_t bytes[N] = {};
+      bytes[set] = static_cast<uint8_t>(1 << set % 8);
+      const Elements<int32_t, N> mask(loadNonZero<N>(bytes));
+      for (int i = 0; i < N; ++i) ASSERT_EQ(mask.v[i], i == set ? -1 : 0);
+    }
+    forPacks<Of<uint8_t, N>, Of<int8_t, N>, Of<uint16_t, N>, Of<int16_t, N>>([]<class S, int n>(Of<S, n>) {
+      for (unsigned seed = 0; seed < 50; ++seed) {
+        const Elements<S, n> from(seed);
+        const Elements<int32_t, n> integers(loadAs<int32_t, n>(from.v));
+        const Elements<float, n> floats(loadAs<float, n>(from.v));
+        for (int i = 0; i < n; ++i) {
+          ASSERT_EQ(integers.v[i], from.v[i]);
+          ASSERT_EQ(floats.v[i], from.v[i]);
+        }
+      }
+    });
+  });
 }
 
 TEST(Simd, MaskBits) {
-  expectMaskBits<uint8_t, 16>();
-  expectMaskBits<uint8_t, lanes<uint8_t>>();
-  expectMaskBits<int16_t, 8>();
-  expectMaskBits<int16_t, lanes<int16_t>>();
-  expectMaskBits<int32_t, 4>();
-  expectMaskBits<int32_t, lanes<int32_t>>();
-  expectMaskBits<float, 4>();
-  expectMaskBits<float, lanes<float>>();
-  expectMaskBits<float, 1>();
+  forPacks<Of<uint8_t, 16>, Of<uint8_t, lanes<uint8_t>>, Of<int16_t, 8>, Of<int16_t, lanes<int16_t>>, Of<int32_t, 4>,
+           Of<int32_t, lanes<int32_t>>, Of<float, 4>, Of<float, lanes<float>>, Of<float, 1>>(
+      []<class T, int N>(Of<T, N>) {
+        for (unsigned seed = 0; seed < 50; ++seed) {
+          const Elements<T, N> a(seed), b(seed + 1);
+          const uint64_t bits = maskBits(a.pack() < b.pack());
+          for (int i = 0; i < 64; ++i)
+            ASSERT_EQ(bits >> i & 1, i < N && a.v[i] < b.v[i]) << sizeof(T) << " bytes, bit " << i;
+        }
+      });
 }
 
 // Of two NaNs the left one is kept, also where a compiler would rather swap them; it becomes quiet.
-template <int N>
-void expectOrdered() {
-  using Words = Pack<uint32_t, N>;
-  const auto packOf = [](uint32_t bits) { return std::bit_cast<Pack<float, N>>(Words(broadcast<uint32_t, N>(bits))); };
-  struct {
-    uint32_t a, b, sum, product;
-  } const cases[] = {
-      {0x7fc00001, 0xffc00002, 0x7fc00001, 0x7fc00001}, {0xffc00002, 0x7fc00001, 0xffc00002, 0xffc00002},
-      {0x7f800003, 0x40000000, 0x7fc00003, 0x7fc00003}, {0x40000000, 0xff800003, 0xffc00003, 0xffc00003},
-      {0x7f800000, 0xff800000, 0xffc00000, 0xff800000}, {0x40000000, 0x40400000, 0x40a00000, 0x40c00000}};
-  for (const auto& c : cases) {
-    uint32_t sums[N], products[N];
-    store(sums, std::bit_cast<Words>(addOrdered(packOf(c.a), packOf(c.b))));
-    store(products, std::bit_cast<Words>(mulOrdered(packOf(c.a), packOf(c.b))));
-    for (int i = 0; i < N; ++i) {
-      ASSERT_EQ(sums[i], c.sum) << c.a << " + " << c.b;
-      ASSERT_EQ(products[i], c.product) << c.a << " * " << c.b;
-    }
-  }
-}
-
 TEST(Simd, OrderedOperations) {
-  expectOrdered<1>();
-  expectOrdered<4>();
-  expectOrdered<lanes<float>>();
+  forWidths<1, 4, lanes<float>>([]<int N>(Width<N>) {
+    using Words = Pack<uint32_t, N>;
+    const auto packOf = [](uint32_t bits) {
+      return std::bit_cast<Pack<float, N>>(Words(broadcast<uint32_t, N>(bits)));
+    };
+    struct {
+      uint32_t a, b, sum, product;
+    } const cases[] = {
+        {0x7fc00001, 0xffc00002, 0x7fc00001, 0x7fc00001}, {0xffc00002, 0x7fc00001, 0xffc00002, 0xffc00002},
+        {0x7f800003, 0x40000000, 0x7fc00003, 0x7fc00003}, {0x40000000, 0xff800003, 0xffc00003, 0xffc00003},
+        {0x7f800000, 0xff800000, 0xffc00000, 0xff800000}, {0x40000000, 0x40400000, 0x40a00000, 0x40c00000}};
+    for (const auto& c : cases) {
+      uint32_t sums[N], products[N];
+      store(sums, std::bit_cast<Words>(addOrdered(packOf(c.a), packOf(c.b))));
+      store(products, std::bit_cast<Words>(mulOrdered(packOf(c.a), packOf(c.b))));
+      for (int i = 0; i < N; ++i) {
+        ASSERT_EQ(sums[i], c.sum) << c.a << " + " << c.b;
+        ASSERT_EQ(products[i], c.product) << c.a << " * " << c.b;
+      }
+    }
+  });
 }
 
 TEST(Simd, IntegerOperations) {
-  expectIntegersAt<1>();
-  expectIntegersAt<4>();
-  expectIntegersAt<lanes<int32_t>>();
+  forWidths<1, 4, lanes<int32_t>>([]<int N>(Width<N>) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
+      const Elements<uint8_t, N> bytes(seed);
+      const Elements<int32_t, N> widened(loadAs<int32_t, N>(bytes.v)), byteSums(prefixSumOfBytes<N>(bytes.v));
+      const Elements<int32_t, N> v(seed);
+      const Elements<int32_t, N> sums(prefixSum(v.pack())), last(broadcastLast(v.pack()));
+      uint32_t sum = 0;
+      int byteSum = 0;
+      for (int i = 0; i < N; ++i) {
+        sum += static_cast<uint32_t>(v.v[i]);
+        byteSum += bytes.v[i];
+        ASSERT_EQ(widened.v[i], bytes.v[i]);
+        ASSERT_EQ(byteSums.v[i], byteSum);
+        ASSERT_EQ(sums.v[i], static_cast<int32_t>(sum));
+        ASSERT_EQ(last.v[i], v.v[N - 1]);
+      }
+    }
+  });
 }
 
 template <int n, class T, int N>
@@ -189,20 +166,14 @@ TEST(Simd, Slides) {
   expectSlide<1, float, lanes<float>>();
 }
 
-template <class T, int N>
-void expectSaturation() {
-  for (unsigned seed = 0; seed < 50; ++seed) {
-    const Elements<T, N> a(seed), b(seed + 1000), sums(addSaturated(a.pack(), b.pack()));
-    for (int i = 0; i < N; ++i) ASSERT_EQ(sums.v[i], std::min<int>(a.v[i] + b.v[i], std::numeric_limits<T>::max()));
-  }
-}
-
 TEST(Simd, SaturatedSums) {
-  expectSaturation<uint8_t, 1>();
-  expectSaturation<uint8_t, 16>();
-  expectSaturation<uint8_t, lanes<uint8_t>>();
-  expectSaturation<uint16_t, 8>();
-  expectSaturation<uint16_t, lanes<uint16_t>>();
+  forPacks<Of<uint8_t, 1>, Of<uint8_t, 16>, Of<uint8_t, lanes<uint8_t>>, Of<uint16_t, 8>,
+           Of<uint16_t, lanes<uint16_t>>>([]<class T, int N>(Of<T, N>) {
+    for (unsigned seed = 0; seed < 50; ++seed) {
+      const Elements<T, N> a(seed), b(seed + 1000), sums(addSaturated(a.pack(), b.pack()));
+      for (int i = 0; i < N; ++i) ASSERT_EQ(sums.v[i], std::min<int>(a.v[i] + b.v[i], std::numeric_limits<T>::max()));
+    }
+  });
 }
 
 TEST(Simd, PartsOfPacksTouchNothingElse) {
@@ -229,45 +200,33 @@ TEST(Simd, Transposition) {
     for (int i = 0; i < N; ++i) ASSERT_EQ(rows[r][i], 100.0f * static_cast<float>(i) + static_cast<float>(r));
 }
 
-template <int N>
-void expectProductsAt() {
-  for (unsigned seed = 0; seed < 200; ++seed) {
-    const Elements<int64_t, N> a(seed), b(seed + 1000);
-    const Elements<int64_t, N> products(mulSigned32(a.pack(), b.pack()));
-    for (int i = 0; i < N; ++i)
-      ASSERT_EQ(products.v[i], int64_t{static_cast<int32_t>(a.v[i])} * static_cast<int32_t>(b.v[i]));
-  }
-}
-
 TEST(Simd, SignedProducts) {
-  expectProductsAt<1>();
-  expectProductsAt<4>();
-  expectProductsAt<lanes<double>>();
-}
-
-template <class T, int N>
-void expectFloatsAt() {
-  for (unsigned seed = 0; seed < 200; ++seed) {
-    const Elements<T, N> v(seed);
-    const Elements<T, N> roots(squareRoot(v.pack())), constant(broadcast<T, N>(v.v[0]));
-    for (int i = 0; i < N; ++i) {
-      ASSERT_TRUE(sameBits(roots.v[i], std::sqrt(v.v[i]), true));
-      ASSERT_TRUE(sameBits(constant.v[i], v.v[0]));
+  forWidths<1, 4, lanes<double>>([]<int N>(Width<N>) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
+      const Elements<int64_t, N> a(seed), b(seed + 1000);
+      const Elements<int64_t, N> products(mulSigned32(a.pack(), b.pack()));
+      for (int i = 0; i < N; ++i)
+        ASSERT_EQ(products.v[i], int64_t{static_cast<int32_t>(a.v[i])} * static_cast<int32_t>(b.v[i]));
     }
-    if constexpr (std::is_same_v<T, float>) {
-      const Elements<T, N> magnitudes(absolute(v.pack()));
-      for (int i = 0; i < N; ++i) ASSERT_TRUE(sameBits(magnitudes.v[i], std::copysign(v.v[i], 1.0f)));
-    }
-  }
+  });
 }
 
 TEST(Simd, FloatOperations) {
-  expectFloatsAt<float, 1>();
-  expectFloatsAt<float, 4>();
-  expectFloatsAt<float, 8>();
-  expectFloatsAt<double, 1>();
-  expectFloatsAt<double, 4>();
-  expectFloatsAt<double, lanes<double>>();
+  forPacks<Of<float, 1>, Of<float, 4>, Of<float, 8>, Of<double, 1>, Of<double, 4>, Of<double, lanes<double>>>(
+      []<class T, int N>(Of<T, N>) {
+        for (unsigned seed = 0; seed < 200; ++seed) {
+          const Elements<T, N> v(seed);
+          const Elements<T, N> roots(squareRoot(v.pack())), constant(broadcast<T, N>(v.v[0]));
+          for (int i = 0; i < N; ++i) {
+            ASSERT_TRUE(sameBits(roots.v[i], std::sqrt(v.v[i]), true));
+            ASSERT_TRUE(sameBits(constant.v[i], v.v[0]));
+          }
+          if constexpr (std::is_same_v<T, float>) {
+            const Elements<T, N> magnitudes(absolute(v.pack()));
+            for (int i = 0; i < N; ++i) ASSERT_TRUE(sameBits(magnitudes.v[i], std::copysign(v.v[i], 1.0f)));
+          }
+        }
+      });
 }
 
 template <int N, int channels>
@@ -311,60 +270,45 @@ TEST(Simd, Interleaving) {
   expectChannelPairsAt<lanes<uint8_t>>();
 }
 
-template <class Byte, int N>
-void expectWordsAt() {
-  const Elements<Byte, N> bytes(N);
-  const Elements<int16_t, N> words(loadWords<N>(bytes.v));
-  for (int i = 0; i < N; ++i) EXPECT_EQ(words.v[i], bytes.v[i]);
-}
-
-template <class T, int N>
-void expectSamplesAt() {
-  const Elements<float, 64> from(N);
-  int32_t indices[N];
-  float between[N];
-  for (int i = 0; i < N; ++i) {
-    indices[i] = i * 37 % 64;
-    between[i] = static_cast<float>(i * 5001 - 20000) / 2;  // among them ties, and values beyond either end
-  }
-  const Elements<float, N> samples(gather<N>(from.v, indices));
-  const Elements<T, N> nearest(nearestSaturated<T>(load<Pack<float, N>>(between)));
-  for (int i = 0; i < N; ++i) {
-    EXPECT_TRUE(sameBits(samples.v[i], from.v[indices[i]]));
-    EXPECT_EQ(nearest.v[i], std::nearbyint(std::clamp(between[i], 0.0f, float{std::numeric_limits<T>::max()})));
-  }
-}
-
 TEST(Simd, Sampling) {
-  expectSamplesAt<uint8_t, 1>();
-  expectSamplesAt<uint8_t, 4>();
-  expectSamplesAt<uint16_t, 4>();
-  expectSamplesAt<uint8_t, lanes<float>>();
-  expectSamplesAt<uint16_t, lanes<float>>();
+  forPacks<Of<uint8_t, 1>, Of<uint8_t, 4>, Of<uint16_t, 4>, Of<uint8_t, lanes<float>>, Of<uint16_t, lanes<float>>>(
+      []<class T, int N>(Of<T, N>) {
+        const Elements<float, 64> from(N);
+        int32_t indices[N];
+        float between[N];
+        for (int i = 0; i < N; ++i) {
+          indices[i] = i * 37 % 64;
+          between[i] = static_cast<float>(i * 5001 - 20000) / 2;  // among them ties, and values beyond either end
+        }
+        const Elements<float, N> samples(gather<N>(from.v, indices));
+        const Elements<T, N> nearest(nearestSaturated<T>(load<Pack<float, N>>(between)));
+        for (int i = 0; i < N; ++i) {
+          EXPECT_TRUE(sameBits(samples.v[i], from.v[indices[i]]));
+          EXPECT_EQ(nearest.v[i], std::nearbyint(std::clamp(between[i], 0.0f, float{std::numeric_limits<T>::max()})));
+        }
+      });
 }
 
 TEST(Simd, BytesAsWords) {
-  expectWordsAt<uint8_t, 8>();
-  expectWordsAt<int8_t, 8>();
-  expectWordsAt<uint8_t, lanes<int16_t>>();
-  expectWordsAt<int8_t, lanes<int16_t>>();
-}
-
-template <int N>
-void expectPairProductsAt() {
-  const Elements<int16_t, N> a(1), b(2);
-  constexpr int kFirst = -300, kSecond = 7, kGroup = 8;  // of each group of words, low has the first half
-  const auto factors = broadcast<int32_t, N / 2>(static_cast<int32_t>((kFirst & 0xffff) | kSecond << 16));
-  const Halves<N> sums = pairProducts<N>(pairs<N>(a.pack(), b.pack()), factors);
-  for (int i = 0; i < N; ++i) {
-    const int at = i / kGroup * kGroup / 2 + i % (kGroup / 2);
-    EXPECT_EQ((i % kGroup < kGroup / 2 ? sums.low : sums.high)[at], a.v[i] * kFirst + b.v[i] * kSecond);
-  }
+  forPacks<Of<uint8_t, 8>, Of<int8_t, 8>, Of<uint8_t, lanes<int16_t>>, Of<int8_t, lanes<int16_t>>>(
+      []<class Byte, int N>(Of<Byte, N>) {
+        const Elements<Byte, N> bytes(N);
+        const Elements<int16_t, N> words(loadWords<N>(bytes.v));
+        for (int i = 0; i < N; ++i) EXPECT_EQ(words.v[i], bytes.v[i]);
+      });
 }
 
 TEST(Simd, PairProducts) {
-  expectPairProductsAt<8>();
-  expectPairProductsAt<lanes<int16_t>>();
+  forWidths<8, lanes<int16_t>>([]<int N>(Width<N>) {
+    const Elements<int16_t, N> a(1), b(2);
+    constexpr int kFirst = -300, kSecond = 7, kGroup = 8;  // of each group of words, low has the first half
+    const auto factors = broadcast<int32_t, N / 2>(static_cast<int32_t>((kFirst & 0xffff) | kSecond << 16));
+    const Halves<N> sums = pairProducts<N>(pairs<N>(a.pack(), b.pack()), factors);
+    for (int i = 0; i < N; ++i) {
+      const int at = i / kGroup * kGroup / 2 + i % (kGroup / 2);
+      EXPECT_EQ((i % kGroup < kGroup / 2 ? sums.low : sums.high)[at], a.v[i] * kFirst + b.v[i] * kSecond);
+    }
+  });
 }
 
 }  // namespace
