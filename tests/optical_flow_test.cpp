@@ -2,7 +2,8 @@
 #include <math.h>
 
 #include <algorithm>
-#include <memory>
+#include <tuple>
+#include <utility>
 
 #include "support/allocator.h"
 #include "support/pyramid.h"
@@ -150,20 +151,17 @@ struct PlainLevel {
   const Image<T>& next;
   int win;
   Image<float> dx{previous.width(), previous.height()}, dy{previous.width(), previous.height()};
-  std::vector<float> i = window(), ix = window(), iy = window(), j = window();
+  std::vector<float> i{}, ix{}, iy{}, j{};  // windows
 
-  std::vector<float> window() const { return std::vector<float>(static_cast<size_t>(win * win)); }
   RoiSize size() const { return {previous.width(), previous.height()}; }
 
   void derive() {
     const Image<float> source(size().width, size().height);
-    for (int y = 0; y < size().height; ++y)
-      for (int x = 0; x < size().width; ++x) source.set(y, x, static_cast<float>(previous.get(y, x)));
+    source.draw([&](int y, int x) { return previous.get(y, x); });
     std::vector<uint8_t> buffer(static_cast<size_t>(4 * size().width + 8));
     const auto call = [&](auto filter, const Image<float>& dst) {
       filter(source.data(), source.step(), dst.data(), dst.step(), size(), BorderReplicate, 0, buffer.data());
-      for (int y = 0; y < size().height; ++y)
-        for (int x = 0; x < size().width; ++x) dst.set(y, x, dst.get(y, x) * 0.03125f);
+      dst.draw([&](int y, int x) { return dst.get(y, x) * 0.03125f; });
     };
     call(zvpiFilterScharrHorizBorder_32f_C1R, dx);
     call(zvpiFilterScharrVertBorder_32f_C1R, dy);
@@ -181,20 +179,21 @@ struct PlainLevel {
     return first(x) >= 0 && first(x) + win < size().width && first(y) >= 0 && first(y) + win < size().height;
   }
 
-  template <class S, class Intersect>
-  void cut(const Image<S>& image, Intersect intersect, double x, double y, std::vector<float>& out) const {
-    Point min, max;
-    intersect(image.data(), image.step(), size(), out.data(), win * 4, {win, win},
-              {static_cast<float>(x), static_cast<float>(y)}, &min, &max);
-  }
-  template <class S, class Copy, class Intersect>
-  void cutRaised(const Image<S>& image, Copy copy, Intersect intersect, double x, double y,
-                 std::vector<float>& out) const {
-    if (!isInside(x, y)) return cut(image, intersect, x, y, out);
+  // A window; with the raised fractions of a plain copy if wanted and if it lies inside.
+  template <class S>
+  std::vector<float> cut(const Member<S>& m, const Image<S>& image, double x, double y, bool raised) const {
+    std::vector<float> out(static_cast<size_t>(win * win));
+    const Point32f centre{static_cast<float>(x), static_cast<float>(y)};
     const float half = 0.5f * static_cast<float>(win - 1);
-    const auto* row = reinterpret_cast<const uint8_t*>(image.data()) + ptrdiff_t{first(y)} * image.step();
-    copy(reinterpret_cast<const S*>(row) + first(x), image.step(), out.data(), win * 4, {win, win},
-         static_cast<float>(x) - half, static_cast<float>(y) - half);
+    Point min, max;
+    if (raised && isInside(x, y)) {
+      const auto* row = reinterpret_cast<const uint8_t*>(image.data()) + ptrdiff_t{first(y)} * image.step();
+      m.copy(reinterpret_cast<const S*>(row) + first(x), image.step(), out.data(), win * 4, {win, win}, centre.x - half,
+             centre.y - half);
+    } else {
+      m.intersect(image.data(), image.step(), size(), out.data(), win * 4, {win, win}, centre, &min, &max);
+    }
+    return out;
   }
 
   template <class Term>
@@ -208,9 +207,7 @@ struct PlainLevel {
 
   End refine(double px, double py, double& x, double& y, Settings s) {
     if (!overlaps(px, py)) return End::kLost;
-    cutRaised(previous, member.copy, member.intersect, px, py, i);
-    cutRaised(dx, zvpiCopySubpix_32f_C1R, zvpiCopySubpixIntersect_32f_C1R, px, py, ix);
-    cutRaised(dy, zvpiCopySubpix_32f_C1R, zvpiCopySubpixIntersect_32f_C1R, px, py, iy);
+    i = cut(member, previous, px, py, true), ix = cut(k32f, dx, px, py, true), iy = cut(k32f, dy, px, py, true);
     const double xx = sum([&](size_t k) { return double{ix[k]} * ix[k]; });
     const double xy = sum([&](size_t k) { return double{ix[k]} * iy[k]; });
     const double yy = sum([&](size_t k) { return double{iy[k]} * iy[k]; });
@@ -219,7 +216,7 @@ struct PlainLevel {
     double lastX = 1e9, lastY = 1e9;
     for (int n = 0; n < s.maxIter; ++n) {
       if (!overlaps(x, y)) return End::kLost;
-      cut(next, member.intersect, x, y, j);
+      j = cut(member, next, x, y, false);
       const double bx = sum([&](size_t k) { return d(k) * ix[k]; }), by = sum([&](size_t k) { return d(k) * iy[k]; });
       const double stepX = (bx * yy - xy * by) / det, stepY = (by * xx - xy * bx) / det;
       x += stepX, y += stepY;
@@ -236,7 +233,7 @@ struct PlainLevel {
   // Negative if the place is outside.
   double error(double x, double y) {
     if (!overlaps(x, y)) return -1;
-    cut(next, member.intersect, x, y, j);
+    j = cut(member, next, x, y, false);
     return sqrt(sum([&](size_t k) { return d(k) * d(k); }) / (double(win) * win));
   }
 };
@@ -285,9 +282,10 @@ void expectEqualsPlain(const Member<T>& member, RoiSize size, float rate, Settin
   for (size_t k = 0; k < 60; ++k) {
     SCOPED_TRACE("point " + std::to_string(points[2 * k]) + ", " + std::to_string(points[2 * k + 1]));
     ASSERT_EQ(found.status[k], status[k]);
-    ASSERT_TRUE(sameBits(found.next[2 * k], next[2 * k])) << found.next[2 * k] << " instead of " << next[2 * k];
-    ASSERT_TRUE(sameBits(found.next[2 * k + 1], next[2 * k + 1]));
-    ASSERT_TRUE(sameBits(found.error[k], error[k])) << found.error[k] << " instead of " << error[k];
+    for (const auto& [got, want] : {std::pair{found.next[2 * k], next[2 * k]},
+                                    {found.next[2 * k + 1], next[2 * k + 1]},
+                                    {found.error[k], error[k]}})
+      ASSERT_TRUE(sameBits(got, want)) << got << " instead of " << want;
   }
 }
 
@@ -313,36 +311,27 @@ TEST(OpticalFlow, EqualsThePlainModel) {
 // I = x^2 + y^2 about the point; a window of 3 has dx = -2, 0, 2 and gxx = gyy = 24, gxy = 0. J = y^2 + 4, 0, -2, 5, 5
 // from column -1 on: the first step is 3 x (2 x 3 + 2 x 3) / 24 = 1.5, the second one
 // 3 x (-2 x (1 + 1) + 2 x (1 - 5)) / 24 = -1.5.
-class FlowByHand : public ::testing::Test {
- protected:
-  static constexpr int kCentre = 6;
-  static float parabola(int x) { return static_cast<float>((x - kCentre) * (x - kCentre)); }
-  static float steps(int x) {
+TEST(OpticalFlow, StepsByHand) {
+  constexpr int kCentre = 6;
+  const auto parabola = [](int x) { return static_cast<float>((x - kCentre) * (x - kCentre)); };
+  const auto steps = [](int x) {
     constexpr float kValues[] = {4, 0, -2, 5, 5};
-    const int i = x - kCentre + 1;
-    return i < 0 || i > 4 ? 0 : kValues[i];
-  }
-  const ImagePyramid<float> previous{{13, 13}, 1, 2.0f, [](int, int y, int x) { return parabola(x) + parabola(y); }};
-  const ImagePyramid<float> next{{13, 13}, 1, 2.0f, [](int, int y, int x) { return steps(x) + parabola(y); }};
-
-  Found result(int maxIter, float threshold) const {
+    return x < kCentre - 1 || x > kCentre + 3 ? 0 : kValues[x - kCentre + 1];
+  };
+  const ImagePyramid<float> previous({13, 13}, 1, 2.0f, [&](int, int y, int x) { return parabola(x) + parabola(y); });
+  const ImagePyramid<float> next({13, 13}, 1, 2.0f, [&](int, int y, int x) { return steps(x) + parabola(y); });
+  const auto result = [&](int maxIter, float threshold) {
     return track(k32f, previous.record(), next.record(), {kCentre, kCentre}, {kCentre, kCentre},
                  {3, 0, maxIter, threshold});
-  }
-};
-
-TEST_F(FlowByHand, OneIterationIsOneStep) {
-  const Found found = result(1, 0);
-  EXPECT_EQ(found.status[0], 0);
-  EXPECT_NEAR(found.next[0], kCentre + 1.5, 1e-4);
-  EXPECT_NEAR(found.next[1], kCentre, 1e-4);
-  // d = I - J in every row: 1 + 1, 0 - 1.5, 1 - 5.
-  EXPECT_NEAR(found.error[0], sqrt((4 + 2.25 + 16) / 3), 1e-3);
+  };
+  const Found one = result(1, 0);
+  EXPECT_EQ(one.status[0], 0);
+  EXPECT_NEAR(one.next[0], kCentre + 1.5, 1e-4);
+  EXPECT_NEAR(one.next[1], kCentre, 1e-4);
+  EXPECT_NEAR(one.error[0], sqrt((4 + 2.25 + 16) / 3), 1e-3) << "I - J in every row: 1 + 1, 0 - 1.5, 1 - 5";
+  EXPECT_NEAR(result(10, 1.6f).next[0], kCentre + 1.5, 1e-4) << "a short step is the last one";
+  EXPECT_NEAR(result(10, 0).next[0], kCentre + 0.75, 1e-4) << "an oscillation ends half way back";
 }
-
-TEST_F(FlowByHand, AShortStepIsTheLastOne) { EXPECT_NEAR(result(10, 1.6f).next[0], kCentre + 1.5, 1e-4); }
-
-TEST_F(FlowByHand, AnOscillationEndsHalfWayBack) { EXPECT_NEAR(result(10, 0).next[0], kCentre + 0.75, 1e-4); }
 
 // --- Lost points -----------------------------------------------------------------------------------------------------
 
@@ -406,8 +395,7 @@ TEST(OpticalFlow, StatesAreMadeOrNot) {
     OpticalFlowState* state = nullptr;
     EXPECT_EQ(member.initAlloc(nullptr, {0, 0}, 0, 0), ErrNullPtr);
     EXPECT_EQ(member.initAlloc(&state, {5, 5}, 0, 0), ErrSize);
-    EXPECT_EQ(member.initAlloc(&state, {0, 5}, 1, 0), ErrSize);
-    EXPECT_EQ(member.initAlloc(&state, {5, -1}, 1, 0), ErrSize);
+    for (const RoiSize roi : {RoiSize{0, 5}, {5, -1}}) EXPECT_EQ(member.initAlloc(&state, roi, 1, 0), ErrSize);
     for (const int huge : {20000, 46341, INT32_MAX - 5, INT32_MAX}) {
       EXPECT_EQ(member.initAlloc(&state, {5, 5}, huge, 0), ErrNoMemory) << huge;
       EXPECT_EQ(member.initAlloc(&state, {huge, huge}, 5, 0), ErrNoMemory) << huge;
@@ -431,6 +419,23 @@ TEST(OpticalFlow, StatesAreMadeOrNot) {
   });
 }
 
+struct Arguments {
+  const Pyramid *a, *b;
+  float *prev, *next;
+  int8_t* status;
+  float* error;
+  int count, winSize, maxLev, maxIter;
+  float threshold;
+  OpticalFlowState* state;
+
+  template <class M, class V>
+  Arguments with(M Arguments::*member, V value) const {
+    Arguments changed = *this;
+    changed.*member = value;
+    return changed;
+  }
+};
+
 TEST(OpticalFlow, ChecksInOrderAndWritesNothing) {
   forEachMember([&]<class T>(const Member<T>& member) {
     SCOPED_TRACE(member.name);
@@ -443,76 +448,47 @@ TEST(OpticalFlow, ChecksInOrderAndWritesNothing) {
     float prev[2] = {9, 9}, next[2] = {77, 77}, error = 77;
     int8_t status = 77;
 
-    struct Arguments {
-      const Pyramid *a, *b;
-      float *prev, *next;
-      int8_t* status;
-      float* error;
-      int count = 0, winSize = 5, maxLev = -1, maxIter = 1;
-      float threshold = 0;
-      OpticalFlowState* state;
+    const auto expect = [&](Status expected, std::initializer_list<Arguments> calls) {
+      for (const Arguments& g : calls)
+        EXPECT_EQ(member.flow(g.a, g.b, g.prev, g.next, g.status, g.error, g.count, g.winSize, g.maxLev, g.maxIter,
+                              g.threshold, g.state),
+                  expected)
+            << &g - calls.begin();
     };
-    const Arguments valid{a.record(), b.record(), prev, next, &status, &error, 1, 5, 2, 1, 0, state};
-    const auto with = [&](Arguments g, auto change) {
-      change(g);
-      return member.flow(g.a, g.b, g.prev, g.next, g.status, g.error, g.count, g.winSize, g.maxLev, g.maxIter,
-                         g.threshold, g.state);
-    };
+    using A = Arguments;
+    const A valid{a.record(), b.record(), prev, next, &status, &error, 1, 5, 2, 1, 0, state};
     // Each is faulty in what later checks look at, too.
-    Arguments badLevels = valid;
-    badLevels.state = small, badLevels.b = other.record();
-    Arguments badRange = badLevels;
-    badRange.maxLev = -1;
-    Arguments badCount = badRange;
-    badCount.count = 0;
-
-    constexpr void (*kNulls[])(Arguments&) = {
-        [](Arguments& g) { g.a = nullptr; },      [](Arguments& g) { g.b = nullptr; },
-        [](Arguments& g) { g.prev = nullptr; },   [](Arguments& g) { g.next = nullptr; },
-        [](Arguments& g) { g.status = nullptr; }, [](Arguments& g) { g.error = nullptr; },
-        [](Arguments& g) { g.state = nullptr; }};
-    for (const auto plant : kNulls) EXPECT_EQ(with(badCount, plant), ErrNullPtr);
-    EXPECT_EQ(with(badCount, [](auto&) {}), ErrSize);
-    EXPECT_EQ(with(badRange, [](auto& g) { g.winSize = 0; }), ErrSize);
-    EXPECT_EQ(with(badRange, [](auto& g) { g.winSize = 6; }), ErrSize);
-    EXPECT_EQ(with(badRange, [](auto&) {}), ErrBadArg);
-    EXPECT_EQ(with(badLevels, [](auto& g) { g.maxIter = 0; }), ErrBadArg);
-    EXPECT_EQ(with(badLevels, [](auto& g) { g.threshold = -0.1f; }), ErrBadArg);
-    EXPECT_EQ(with(badLevels, [](auto& g) { g.threshold = NAN; }), ErrBadArg);
-    EXPECT_EQ(with(badLevels, [](auto& g) { g.maxLev = 3; }), ErrBadArg);
-    EXPECT_EQ(with(badLevels, [](auto& g) { g.maxLev = INT32_MAX; }), ErrBadArg);
-    EXPECT_EQ(with(valid, [&](auto& g) { g.a = short1.record(); }), ErrBadArg);
-    EXPECT_EQ(with(valid, [&](auto& g) { g.b = short1.record(); }), ErrBadArg);
-    EXPECT_EQ(with(badLevels, [](auto&) {}), ErrSize);
-    EXPECT_EQ(with(valid, [&](auto& g) { g.state = small; }), ErrSize);
-    EXPECT_EQ(with(valid, [&](auto& g) { g.b = other.record(); }), ErrSize);
+    const A smallState = valid.with(&A::state, small), badLevels = smallState.with(&A::b, other.record()),
+            badRange = badLevels.with(&A::maxLev, -1), badCount = badRange.with(&A::count, 0);
+    expect(ErrNullPtr, {badCount.with(&A::a, nullptr), badCount.with(&A::b, nullptr), badCount.with(&A::prev, nullptr),
+                        badCount.with(&A::next, nullptr), badCount.with(&A::status, nullptr),
+                        badCount.with(&A::error, nullptr), badCount.with(&A::state, nullptr)});
+    expect(ErrSize, {badCount, badRange.with(&A::winSize, 0), badRange.with(&A::winSize, 6)});
+    expect(ErrBadArg,
+           {badRange, badLevels.with(&A::maxIter, 0), badLevels.with(&A::threshold, -0.1f),
+            badLevels.with(&A::threshold, NAN), badLevels.with(&A::maxLev, 3), badLevels.with(&A::maxLev, INT32_MAX),
+            valid.with(&A::a, short1.record()), valid.with(&A::b, short1.record())});
+    expect(ErrSize, {badLevels, smallState, valid.with(&A::b, other.record())});
 
     for (Pyramid* p : {a.record(), b.record()}) {
-      const int step = p->steps[1];
-      p->steps[1] = 16 * int{sizeof(T)} - 1;
-      EXPECT_EQ(with(valid, [](auto&) {}), ErrStep);
-      EXPECT_EQ(with(valid, [&](auto& g) { g.state = small; }), ErrSize);
-      if (sizeof(T) > 1) {
-        p->steps[1] += 2 * int{sizeof(T)};
-        EXPECT_EQ(with(valid, [](auto&) {}), ErrStepNotMultiple);
-        p->steps[1] -= 2 * int{sizeof(T)};
-      }
-      uint8_t* image = p->images[2];
-      p->images[2] = nullptr;
-      EXPECT_EQ(with(valid, [&](auto& g) { g.state = small; }), ErrNullPtr);
-      EXPECT_EQ(with(valid, [](auto& g) { g.maxLev = 0; }), StatusOk);  // levels above are not looked at
+      const int step = std::exchange(p->steps[1], 16 * int{sizeof(T)} - 1);
+      expect(ErrStep, {valid});
+      expect(ErrSize, {smallState});
+      p->steps[1] += 2 * int{sizeof(T)};
+      if (sizeof(T) > 1) expect(ErrStepNotMultiple, {valid});
+      p->steps[1] = 0;
+      uint8_t* const image = std::exchange(p->images[2], nullptr);
+      expect(ErrNullPtr, {smallState});
+      expect(StatusOk, {valid.with(&A::maxLev, 0)});  // levels above are not looked at
       EXPECT_EQ(status, 1);
       status = 77, next[0] = next[1] = error = 77;
       p->images[2] = image;
       p->steps[1] = step;
-      const RoiSize size = p->roiSizes[2];
-      p->roiSizes[2] = {0, 6};
-      EXPECT_EQ(with(valid, [](auto&) {}), ErrSize);
+      const RoiSize size = std::exchange(p->roiSizes[2], {0, 6});
+      expect(ErrSize, {valid});
       p->roiSizes[2] = size;
     }
-    EXPECT_EQ(status, 77);
-    EXPECT_EQ(next[0], 77);
-    EXPECT_EQ(error, 77);
+    EXPECT_EQ(std::tuple(int{status}, next[0], next[1], error), std::tuple(77, 77, 77, 77));
     member.release(state);
     member.release(small);
   });
