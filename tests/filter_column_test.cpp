@@ -183,8 +183,8 @@ TEST(FilterColumn, StrongTapsAreSummedInSinglePrecision) {
               Values32(5, c.expected));
 }
 
-template <class T, class Out, class Tap, class Arguments>
-void expectColumnChecks(const FilterMember<T, Out, Tap, Arguments>& member) {
+template <class T, class Out, class Tap, class A>
+void expectColumnChecks(const FilterMember<T, Out, Tap, A>& member) {
   SCOPED_TRACE(member.name);
   const int elements = 6 * member.channels();
   const std::vector<T> row(static_cast<size_t>(elements), 1);
@@ -195,33 +195,19 @@ void expectColumnChecks(const FilterMember<T, Out, Tap, Arguments>& member) {
   const GuardedBlock buffer = member.work(roi, 3, {});
   const auto before = dst.bytes(), bufferBefore = buffer.bytes();
   const int smallestStep = member.name == "Low_16s_C3R" ? 12 : dst.step();
-  const Arguments valid{rows, dst.data(), smallestStep, roi, kernel, 3, buffer.start()};
+  const A valid{rows, dst.data(), smallestStep, roi, kernel, 3, buffer.start()};
 
-  std::vector<Fault<Arguments>> faults = {
+  std::vector<Fault<A>> faults = {
       {ErrNullPtr, {}},
-      {ErrBadArg, {[](Arguments& a) { a.divisor = 0; }}},
-      {ErrNullPtr, {[](Arguments& a) { a.buffer = nullptr; }}},
-      {ErrStepNotMultiple, {[](Arguments& a) { a.dstStep += 1; }}},
-      {ErrStep,
-       {[](Arguments& a) { a.dstStep = -a.dstStep; }, [](Arguments& a) { a.roi.width = INT32_MAX; },
-        [&](Arguments& a) { a.dstStep = smallestStep - 1; }}},
-      {ErrSize,
-       {[](Arguments& a) {
-          a.roi = {6, 0};
-        },
-        [](Arguments& a) {
-          a.roi = {-1, 2};
-        },
-        [](Arguments& a) { a.kernelSize = 0; }}},
-      {ErrSize, {[](Arguments& a) {
-         a.roi = {0, 0};
-       }}},
-      {ErrNullPtr,
-       {[](Arguments& a) { a.src = nullptr; }, [](Arguments& a) { a.dst = nullptr; },
-        [](Arguments& a) { a.kernel = nullptr; }}},
+      {ErrBadArg, {set(&A::divisor, 0)}},
+      {ErrNullPtr, {set(&A::buffer, nullptr)}},
+      {ErrStepNotMultiple, {set(&A::dstStep, smallestStep + 1)}},
+      {ErrStep, {set(&A::dstStep, -smallestStep), set(&A::roi, {INT32_MAX, 1}), set(&A::dstStep, smallestStep - 1)}},
+      {ErrSize, {set(&A::roi, {6, 0}), set(&A::roi, {-1, 2}), set(&A::kernelSize, 0)}},
+      {ErrSize, {set(&A::roi, {0, 0})}},
+      {ErrNullPtr, {set(&A::src, nullptr), set(&A::dst, nullptr), set(&A::kernel, nullptr)}},
   };
-  for (const T*& p : rows)
-    faults[0].forms.push_back([&](Arguments&) { std::fill(rows, rows + 4, row.data()), p = nullptr; });
+  for (const T*& p : rows) faults[0].forms.push_back([&](A&) { std::fill(rows, rows + 4, row.data()), p = nullptr; });
   if (sizeof(Out) == 1) faults.erase(faults.begin() + 3);
   if (member.kIsFloat) faults.erase(faults.begin() + 1);
   expectFaultsInOrder(valid, member.filter, faults);

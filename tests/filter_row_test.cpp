@@ -231,8 +231,8 @@ TEST(FilterRowLow, SumsWrapAndScalesHaveFourteenBits) {
 }
 
 // Checks of a member in order, and what a call that passes or fails leaves.
-template <class T, class Out, class Tap, class Arguments>
-void expectRowChecks(const FilterMember<T, Out, Tap, Arguments>& member) {
+template <class T, class Out, class Tap, class A>
+void expectRowChecks(const FilterMember<T, Out, Tap, A>& member) {
   SCOPED_TRACE(member.name);
   constexpr int kHeight = 4, kNullRow = 2;
   const int elements = 6 * member.channels();
@@ -246,37 +246,22 @@ void expectRowChecks(const FilterMember<T, Out, Tap, Arguments>& member) {
   const RoiSize roi{6, kHeight};
   const GuardedBlock buffer = member.work(roi, 3, {});
   const auto before = dst.bytes(), bufferBefore = buffer.bytes();
-  const Arguments valid{src.data(), src.step(), rows.data(), roi, kernel, 3, 1, BorderReplicate, value, buffer.start()};
+  const A valid{src.data(), src.step(), rows.data(), roi, kernel, 3, 1, BorderReplicate, value, buffer.start()};
 
-  using Form = std::function<void(Arguments&)>;
-  std::vector<Form> types;
-  for (const BorderType type : {6, 7, -1, 15, 0x11, 0x41, 0xf0, 0x101, 5})
-    types.push_back([type](Arguments& a) { a.borderType = type; });
-  const Form constant = [](Arguments& a) { a.borderType = BorderConstant, a.borderValue = nullptr; };
+  std::vector<std::function<void(A&)>> types;
+  for (const BorderType type : {6, 7, -1, 15, 0x11, 0x41, 0xf0, 0x101, 5}) types.push_back(set(&A::borderType, type));
+  const auto constant = [](A& a) { a.borderType = BorderConstant, a.borderValue = nullptr; };
   const bool hasValues = member.channels() == 3;
-  std::vector<Fault<Arguments>> faults = {
-      {ErrBadArg, {[](Arguments& a) { a.divisor = 0; }}},
+  std::vector<Fault<A>> faults = {
+      {ErrBadArg, {set(&A::divisor, 0)}},
       {ErrNullPtr, {constant}},
       {ErrBadArg, types},
-      {ErrStepNotMultiple, {[](Arguments& a) { a.srcStep += 1; }}},
-      {ErrStep,
-       {[](Arguments& a) { a.roi.width = INT32_MAX; }, [](Arguments& a) { a.srcStep = -a.srcStep; },
-        [&](Arguments& a) { a.srcStep = src.step() - 1; }}},
-      {ErrAnchor, {[](Arguments& a) { a.xAnchor = -1; }, [](Arguments& a) { a.xAnchor = 3; }}},
-      {ErrSize,
-       {[](Arguments& a) {
-          a.roi = {6, 0};
-        },
-        [](Arguments& a) {
-          a.roi = {-1, 2};
-        },
-        [](Arguments& a) { a.kernelSize = 0; }}},
-      {ErrSize, {[](Arguments& a) {
-         a.roi = {0, 0};
-       }}},
-      {ErrNullPtr,
-       {[](Arguments& a) { a.src = nullptr; }, [](Arguments& a) { a.dst = nullptr; },
-        [](Arguments& a) { a.kernel = nullptr; }, [](Arguments& a) { a.buffer = nullptr; }}},
+      {ErrStepNotMultiple, {set(&A::srcStep, src.step() + 1)}},
+      {ErrStep, {set(&A::roi, {INT32_MAX, 1}), set(&A::srcStep, -src.step()), set(&A::srcStep, src.step() - 1)}},
+      {ErrAnchor, {set(&A::xAnchor, -1), set(&A::xAnchor, 3)}},
+      {ErrSize, {set(&A::roi, {6, 0}), set(&A::roi, {-1, 2}), set(&A::kernelSize, 0)}},
+      {ErrSize, {set(&A::roi, {0, 0})}},
+      {ErrNullPtr, {set(&A::src, nullptr), set(&A::dst, nullptr), set(&A::kernel, nullptr), set(&A::buffer, nullptr)}},
   };
   if (sizeof(T) == 1) faults.erase(faults.begin() + 3);
   if (!hasValues) faults.erase(faults.begin() + 1);
@@ -285,7 +270,7 @@ void expectRowChecks(const FilterMember<T, Out, Tap, Arguments>& member) {
   EXPECT_EQ(dst.bytes(), before);
   EXPECT_EQ(buffer.bytes(), bufferBefore);
 
-  Arguments noValue = valid;
+  A noValue = valid;
   if (hasValues) noValue.borderValue = nullptr;
   rows[kNullRow] = nullptr;
   dst.fill([] { return 77; });

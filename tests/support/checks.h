@@ -144,6 +144,12 @@ struct Fault {
   std::vector<std::function<void(Arguments&)>> forms;
 };
 
+// A form of a fault: one argument with another value.
+template <class Arguments, class M>
+std::function<void(Arguments&)> set(M Arguments::*member, std::type_identity_t<M> value) {
+  return [=](Arguments& a) { a.*member = value; };
+}
+
 // Faults in the opposite order of the checks: every form is planted on top of the last form of all those before.
 template <class Arguments, class F>
 void expectFaultsInOrder(Arguments arguments, F call, const std::vector<Fault<Arguments>>& faults) {

@@ -383,31 +383,22 @@ struct BitArguments {
 // Checks of an operation on bits whose object was made for 17 pixels.
 template <class Operation, class Spec>
 void expectBitChecks(Operation operation, const MorphWork<Spec>& work, bool widthBeforeInPlace) {
-  using Arguments = BitArguments<Spec>;
+  using A = BitArguments<Spec>;
   const uint8_t src[16] = {};
   uint8_t dst[16] = {};
-  std::vector<Fault<Arguments>> faults = {
-      {ErrSize, {[](Arguments& a) { a.roi.width = 18; }}},
-      {ErrInPlaceNotSupported, {[](Arguments& a) { a.src = a.dst; }}},
-      {ErrBorderType, {[](Arguments& a) { a.border = 0xf0; }}},
-      {ErrStep, {[](Arguments& a) { a.srcStep = 2; }, [](Arguments& a) { a.dstStep = 2; }}},
-      {ErrSize,
-       {[](Arguments& a) { a.srcBit = -1; }, [](Arguments& a) { a.dstBit = -1; },
-        [](Arguments& a) {
-          a.roi = {0, 1};
-        },
-        [](Arguments& a) {
-          a.roi = {1, 0};
-        }}},
-      {ErrNullPtr,
-       {[](Arguments& a) { a.src = nullptr; }, [](Arguments& a) { a.dst = nullptr; },
-        [](Arguments& a) { a.spec = nullptr; }, [](Arguments& a) { a.buffer = nullptr; }}},
+  std::vector<Fault<A>> faults = {
+      {ErrSize, {set(&A::roi, {18, 1})}},
+      {ErrInPlaceNotSupported, {set(&A::src, dst)}},
+      {ErrBorderType, {set(&A::border, 0xf0)}},
+      {ErrStep, {set(&A::srcStep, 2), set(&A::dstStep, 2)}},
+      {ErrSize, {set(&A::srcBit, -1), set(&A::dstBit, -1), set(&A::roi, {0, 1}), set(&A::roi, {1, 0})}},
+      {ErrNullPtr, {set(&A::src, nullptr), set(&A::dst, nullptr), set(&A::spec, nullptr), set(&A::buffer, nullptr)}},
   };
   if (widthBeforeInPlace) std::swap(faults[0], faults[1]);
-  const auto call = [&](const Arguments& a) {
+  const auto call = [&](const A& a) {
     return operation(a.src, a.srcStep, a.srcBit, a.dst, a.dstStep, a.dstBit, a.roi, a.border, 0, a.spec, a.buffer);
   };
-  const Arguments valid{src, 3, 0, dst, 3, 0, {17, 1}, BorderReplicate, work.spec(), work.buffer()};
+  const A valid{src, 3, 0, dst, 3, 0, {17, 1}, BorderReplicate, work.spec(), work.buffer()};
   expectFaultsInOrder(valid, call, faults);
   EXPECT_EQ(std::count(dst, dst + 16, 0), 16);
 }
