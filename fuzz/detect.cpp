@@ -17,7 +17,9 @@ V someValue(Bytes& in) {
 
 template <class V>
 struct Family {
-  Status (*build)(HaarClassifier**, const Rect*, const V*, const V*, const V*, const V*, const int*, int);
+  using Build = Status (*)(HaarClassifier**, const Rect*, const V*, const V*, const V*, const V*, const int*, int);
+
+  Build build[2];  // upright, tilted
   Status (*tilt)(const std::uint8_t*, int, HaarClassifier*);
   Status (*extent)(HaarClassifier*, RoiSize*);
   Status (*release)(HaarClassifier*);
@@ -41,7 +43,7 @@ class Stage {
         weights_.push_back(someValue<V>(in));
       }
     }
-    build(in, length);
+    build(in, length, builtTilted);
     if (object_ == nullptr) return;
     tilted_.assign(counts_.size(), builtTilted);
     if (oneIn(2, in)) tilt(in, builtTilted);
@@ -60,16 +62,16 @@ class Stage {
   }
 
  private:
-  void build(Bytes& in, int length) {
+  void build(Bytes& in, int length, bool tilted) {
     const auto rects = exactArray(rects_);
     const auto weights = exactArray(weights_), thresholds = exactArray(thresholds_), values = exactArray(thresholds_);
     const auto counts = exactArray(counts_);
     const int null = in.ConsumeIntegralInRange(0, 200);
     HaarClassifier *const untouched = reinterpret_cast<HaarClassifier*>(this), *state = untouched;
-    const Status status = family_.build(null == 1 ? nullptr : &state, null == 2 ? nullptr : rects.get(),
-                                        null == 3 ? nullptr : weights.get(), null == 4 ? nullptr : thresholds.get(),
-                                        null == 5 ? nullptr : values.get(), null == 6 ? nullptr : values.get(),
-                                        null == 7 ? nullptr : counts.get(), length);
+    const Status status = family_.build[tilted](
+        null == 1 ? nullptr : &state, null == 2 ? nullptr : rects.get(), null == 3 ? nullptr : weights.get(),
+        null == 4 ? nullptr : thresholds.get(), null == 5 ? nullptr : values.get(), null == 6 ? nullptr : values.get(),
+        null == 7 ? nullptr : counts.get(), length);
     require((status < 0) == (state == untouched), "a failing InitAlloc leaves the pointer");
     if (status == StatusOk) object_ = state;
   }
@@ -162,14 +164,9 @@ void withPositions(Bytes& in, const Stage<V>& stage, Call call) {
 }
 
 template <class S, class N, class V, class... ScaleFactor>
-using Apply = Status(const S*, int, const N*, int, std::uint8_t*, int, RoiSize, int*, V, HaarClassifier*,
-                     ScaleFactor...);
-template <class S, class N, class V, class... ScaleFactor>
-using ApplyMixed = Status(const S*, int, const S*, int, const N*, int, std::uint8_t*, int, RoiSize, int*, V,
-                          HaarClassifier*, ScaleFactor...);
-
-template <class S, class N, class V, class... ScaleFactor>
-void evaluate(Bytes& in, const Stage<V>& stage, Apply<S, N, V, ScaleFactor...>* f) {
+void evaluate(Bytes& in, const Stage<V>& stage,
+              Status (*f)(const S*, int, const N*, int, std::uint8_t*, int, RoiSize, int*, V, HaarClassifier*,
+                          ScaleFactor...)) {
   withPositions<V, N>(in, stage, [&](auto& mask, auto& norm, RoiSize size, int* positive, V threshold, auto& spans) {
     std::vector<Corner> all = stage.uprightCorners();
     all.insert(all.end(), stage.tiltedCorners().begin(), stage.tiltedCorners().end());
@@ -182,7 +179,9 @@ void evaluate(Bytes& in, const Stage<V>& stage, Apply<S, N, V, ScaleFactor...>* 
 }
 
 template <class S, class N, class V, class... ScaleFactor>
-void evaluate(Bytes& in, const Stage<V>& stage, ApplyMixed<S, N, V, ScaleFactor...>* f) {
+void evaluate(Bytes& in, const Stage<V>& stage,
+              Status (*f)(const S*, int, const S*, int, const N*, int, std::uint8_t*, int, RoiSize, int*, V,
+                          HaarClassifier*, ScaleFactor...)) {
   withPositions<V, N>(in, stage, [&](auto& mask, auto& norm, RoiSize size, int* positive, V threshold, auto& spans) {
     const auto src = reads<S>(in, entriesOf(spans, stage.uprightCorners(), 0), size.width);
     const auto tilt = reads<S>(in, entriesOf(spans, stage.tiltedCorners(), 1), size.width);
@@ -193,34 +192,25 @@ void evaluate(Bytes& in, const Stage<V>& stage, ApplyMixed<S, N, V, ScaleFactor.
   });
 }
 
-const Family<float> kFamily32f = {zvpiHaarClassifierInitAlloc_32f, zvpiTiltHaarFeatures_32f,
-                                  zvpiGetHaarClassifierSize_32f, zvpiHaarClassifierFree_32f};
-const Family<float> kTilted32f = {zvpiTiltedHaarClassifierInitAlloc_32f, zvpiTiltHaarFeatures_32f,
-                                  zvpiGetHaarClassifierSize_32f, zvpiHaarClassifierFree_32f};
-const Family<std::int32_t> kFamily32s = {zvpiHaarClassifierInitAlloc_32s, zvpiTiltHaarFeatures_32s,
-                                         zvpiGetHaarClassifierSize_32s, zvpiHaarClassifierFree_32s};
-const Family<std::int32_t> kTilted32s = {zvpiTiltedHaarClassifierInitAlloc_32s, zvpiTiltHaarFeatures_32s,
-                                         zvpiGetHaarClassifierSize_32s, zvpiHaarClassifierFree_32s};
+#define ZVP_FAMILY(type)                                                                                         \
+  {                                                                                                              \
+    {zvpiHaarClassifierInitAlloc_##type, zvpiTiltedHaarClassifierInitAlloc_##type}, zvpiTiltHaarFeatures_##type, \
+        zvpiGetHaarClassifierSize_##type, zvpiHaarClassifierFree_##type                                          \
+  }
+constexpr Family<float> kFamily32f = ZVP_FAMILY(32f);
+constexpr Family<std::int32_t> kFamily32s = ZVP_FAMILY(32s);
 
 // Builds a stage, perhaps tilts it, measures it and evaluates it once.
-template <class V, class F>
-void classify(Bytes& in, F* apply, const Family<V>& upright, const Family<V>& tilted) {
-  const bool builtTilted = oneIn(3, in);
-  const Family<V>& family = builtTilted ? tilted : upright;
-  const Stage<V> stage(in, family, builtTilted);
+template <class V>
+void classify(Bytes& in, const Family<V>& family, auto* apply) {
+  const Stage<V> stage(in, family, oneIn(3, in));
   if (stage.object() == nullptr) return;
   RoiSize extent;
   require(family.extent(stage.object(), &extent) == StatusOk, "an object has a size");
   evaluate(in, stage, apply);
 }
-template <class F>
-void classify32f(Bytes& in, F* apply) {
-  classify(in, apply, kFamily32f, kTilted32f);
-}
-template <class F>
-void classify32s(Bytes& in, F* apply) {
-  classify(in, apply, kFamily32s, kTilted32s);
-}
+void classify32f(Bytes& in, auto* apply) { classify(in, kFamily32f, apply); }
+void classify32s(Bytes& in, auto* apply) { classify(in, kFamily32s, apply); }
 
 constexpr Target kTargets[] = {
     ZVP_TARGET(classify32f, zvpiApplyHaarClassifier_32f_C1R),

@@ -75,21 +75,39 @@ Value borderValue() {
   }
 }
 
-template <int channels, class T, class Value>
-void border(Bytes& in, Status (*query)(int, RoiSize, int*, int*),
-            Status (*init)(int, const std::uint8_t*, RoiSize, MorphBorderSpec*, std::uint8_t*),
-            Status (*filter)(const T*, int, T*, int, RoiSize, BorderType, Value, const MorphBorderSpec*,
-                             std::uint8_t*)) {
+// What queries and Init take for a region: a size, or only its width.
+struct Extent {
+  RoiSize size;
+
+  operator RoiSize() const { return size; }
+  operator int() const { return size.width; }
+};
+
+// Draws a region, a mask and a border, makes a specification and its work memory, and calls
+// call(size, border, margins, spec, buffer) unless they are too large; `steps`: filters that follow each other.
+template <class T, class E, class Spec, class Call>
+void withSpec(Bytes& in, int steps, Status (*query)(E, RoiSize, int*, int*),
+              Status (*init)(E, const std::uint8_t*, RoiSize, Spec*, std::uint8_t*), Call call) {
   const RoiSize size = someSize(in);
   const Mask mask(in);
+  const E extent = Extent{size};
   int specBytes = 0, bufferBytes = 0;
-  if (query(size.width, mask.size, &specBytes, &bufferBytes) != StatusOk || specBytes > kMostBytes) return;
+  const Status sized = query(extent, mask.size, &specBytes, &bufferBytes);
+  if (sized != StatusOk || std::max(specBytes, bufferBytes) > kMostBytes) return;
   auto spec = block(in, specBytes, kObjectAlignment<T>), buffer = block(in, bufferBytes);
-  if (init(size.width, mask.bytes, mask.size, spec, buffer) != StatusOk) return;
+  if (init(extent, mask.bytes, mask.size, spec, buffer) != StatusOk) return;
   spec.remember(), buffer.remember();
   const BorderType type = someBorder(in);
-  onImages<channels, T>(in, size, {type, mask, mask.centre(), 1}, spec, buffer, [&](auto& src, auto& dst) {
-    return filter(src, src.step, dst, dst.step, size, type, borderValue<Value>(), spec, buffer);
+  call(size, type, Margins{type, mask, mask.centre(), steps}, spec, buffer);
+}
+
+template <int channels, class T, class Value, class Spec>
+void filter(Bytes& in, int steps, auto* query, auto* init,
+            Status (*f)(const T*, int, T*, int, RoiSize, BorderType, Value, const Spec*, std::uint8_t*)) {
+  withSpec<T>(in, steps, query, init, [&](RoiSize size, BorderType type, Margins margins, auto& spec, auto& buffer) {
+    onImages<channels, T>(in, size, margins, spec, buffer, [&](auto& src, auto& dst) {
+      return f(src, src.step, dst, dst.step, size, type, borderValue<Value>(), spec, buffer);
+    });
   });
 }
 
@@ -114,24 +132,6 @@ void replicate(Bytes& in, Status (*query)(int, const std::uint8_t*, RoiSize, int
   require(state.isIntact(status < 0), "a failing call leaves the state");
 }
 
-template <int channels, class T, class Value>
-void composite(Bytes& in, Status (*query)(RoiSize, RoiSize, int*, int*),
-               Status (*init)(RoiSize, const std::uint8_t*, RoiSize, MorphAdvSpec*, std::uint8_t*),
-               Status (*filter)(const T*, int, T*, int, RoiSize, BorderType, Value, const MorphAdvSpec*,
-                                std::uint8_t*)) {
-  const RoiSize size = someSize(in);
-  const Mask mask(in);
-  int specBytes = 0, bufferBytes = 0;
-  if (query(size, mask.size, &specBytes, &bufferBytes) != StatusOk || bufferBytes > kMostBytes) return;
-  auto spec = block(in, specBytes, kObjectAlignment<T>), buffer = block(in, bufferBytes);
-  if (init(size, mask.bytes, mask.size, spec, buffer) != StatusOk) return;
-  spec.remember(), buffer.remember();
-  const BorderType type = someBorder(in);
-  onImages<channels, T>(in, size, {type, mask, mask.centre(), 2}, spec, buffer, [&](auto& src, auto& dst) {
-    return filter(src, src.step, dst, dst.step, size, type, borderValue<Value>(), spec, buffer);
-  });
-}
-
 // Bits: call(src, its bit, dst, its bit).
 template <class Call>
 void onBits(Bytes& in, RoiSize size, Margins m, const Operand& object, Call call) {
@@ -151,56 +151,28 @@ void onBits(Bytes& in, RoiSize size, Margins m, const Operand& object, Call call
   require(object.isIntact(true), "a filter leaves its specification");
 }
 
-using BitFilter = Status(const std::uint8_t*, int, int, std::uint8_t*, int, int, RoiSize, BorderType, std::uint8_t,
-                         const MorphBorderSpec*, std::uint8_t*);
-void bits(Bytes& in, BitFilter* filter) {
-  const RoiSize size = someSize(in);
-  const Mask mask(in);
-  int specBytes = 0, bufferBytes = 0;
-  const Status sized = zvpiMorphologyBorderGetSize_1u_C1R(size.width, mask.size, &specBytes, &bufferBytes);
-  if (sized != StatusOk || bufferBytes > kMostBytes) return;
-  auto spec = block(in, specBytes), buffer = block(in, bufferBytes);
-  if (zvpiMorphologyBorderInit_1u_C1R(size.width, mask.bytes, mask.size, spec, buffer) != StatusOk) return;
-  spec.remember();
-  const BorderType type = someBorder(in);
-  onBits(in, size, {type, mask, mask.centre(), 1}, spec, [&](auto& src, int srcBit, auto& dst, int dstBit) {
-    return filter(src, src.step, srcBit, dst, dst.step, dstBit, size, type, 0, spec, buffer);
-  });
+void bits(Bytes& in, int steps, auto* query, auto* init, auto* f) {
+  const auto call = [&](RoiSize size, BorderType type, Margins margins, auto& spec, auto& buffer) {
+    onBits(in, size, margins, spec, [&](auto& src, int srcBit, auto& dst, int dstBit) {
+      return f(src, src.step, srcBit, dst, dst.step, dstBit, size, type, 0, spec, buffer);
+    });
+  };
+  withSpec<std::uint8_t>(in, steps, query, init, call);
 }
 
-using BitComposite = Status(const std::uint8_t*, int, int, std::uint8_t*, int, int, RoiSize, BorderType, std::uint8_t,
-                            const MorphAdvSpec*, std::uint8_t*);
-void compositeBits(Bytes& in, BitComposite* filter) {
-  const RoiSize size = someSize(in);
-  const Mask mask(in);
-  int specBytes = 0, bufferBytes = 0;
-  const Status sized = zvpiMorphAdvGetSize_1u_C1R(size, mask.size, &specBytes, &bufferBytes);
-  if (sized != StatusOk || bufferBytes > kMostBytes) return;
-  auto spec = block(in, specBytes), buffer = block(in, bufferBytes);
-  if (zvpiMorphAdvInit_1u_C1R(size, mask.bytes, mask.size, spec, buffer) != StatusOk) return;
-  spec.remember();
-  const BorderType type = someBorder(in);
-  onBits(in, size, {type, mask, mask.centre(), 2}, spec, [&](auto& src, int srcBit, auto& dst, int dstBit) {
-    return filter(src, src.step, srcBit, dst, dst.step, dstBit, size, type, 0, spec, buffer);
-  });
-}
-
-#define ZVP_BORDER(channels, form)                                                            \
-  [](Bytes& in) {                                                                             \
-    border<channels>(in, zvpiMorphologyBorderGetSize_##form, zvpiMorphologyBorderInit_##form, \
-                     in.ConsumeBool() ? zvpiErodeBorder_##form : zvpiDilateBorder_##form);    \
-  }
+#define ZVP_BORDER_ARGUMENTS(form)                                            \
+  in, 1, zvpiMorphologyBorderGetSize_##form, zvpiMorphologyBorderInit_##form, \
+      in.ConsumeBool() ? zvpiErodeBorder_##form : zvpiDilateBorder_##form
+#define ZVP_COMPOSITE_ARGUMENTS(form)                                                                             \
+  in, 2, zvpiMorphAdvGetSize_##form, zvpiMorphAdvInit_##form,                                                     \
+      in.PickValueInArray({zvpiMorphOpenBorder_##form, zvpiMorphCloseBorder_##form, zvpiMorphTophatBorder_##form, \
+                           zvpiMorphBlackhatBorder_##form, zvpiMorphGradientBorder_##form})
+#define ZVP_BORDER(channels, form) [](Bytes& in) { filter<channels>(ZVP_BORDER_ARGUMENTS(form)); }
+#define ZVP_COMPOSITE(channels, form) [](Bytes& in) { filter<channels>(ZVP_COMPOSITE_ARGUMENTS(form)); }
 #define ZVP_REPLICATE(channels, form)                                                                           \
   [](Bytes& in) {                                                                                               \
     replicate<channels>(in, zvpiMorphologyGetSize_##form, zvpiMorphologyInit_##form,                            \
                         in.ConsumeBool() ? zvpiErodeBorderReplicate_##form : zvpiDilateBorderReplicate_##form); \
-  }
-#define ZVP_COMPOSITE(channels, form)                                                                               \
-  [](Bytes& in) {                                                                                                   \
-    const auto filter =                                                                                             \
-        in.PickValueInArray({zvpiMorphOpenBorder_##form, zvpiMorphCloseBorder_##form, zvpiMorphTophatBorder_##form, \
-                             zvpiMorphBlackhatBorder_##form, zvpiMorphGradientBorder_##form});                      \
-    composite<channels>(in, zvpiMorphAdvGetSize_##form, zvpiMorphAdvInit_##form, filter);                           \
   }
 #define ZVP_FORMS(TARGET) \
   TARGET(1, 8u_C1R), TARGET(3, 8u_C3R), TARGET(4, 8u_C4R), TARGET(1, 32f_C1R), TARGET(3, 32f_C3R), TARGET(4, 32f_C4R)
@@ -213,13 +185,8 @@ constexpr Target kTargets[] = {
     ZVP_FORMS(ZVP_COMPOSITE),
     ZVP_COMPOSITE(1, 16u_C1R),
     ZVP_COMPOSITE(1, 16s_C1R),
-    ZVP_TARGET(bits, zvpiErodeBorder_1u_C1R),
-    ZVP_TARGET(bits, zvpiDilateBorder_1u_C1R),
-    ZVP_TARGET(compositeBits, zvpiMorphOpenBorder_1u_C1R),
-    ZVP_TARGET(compositeBits, zvpiMorphCloseBorder_1u_C1R),
-    ZVP_TARGET(compositeBits, zvpiMorphTophatBorder_1u_C1R),
-    ZVP_TARGET(compositeBits, zvpiMorphBlackhatBorder_1u_C1R),
-    ZVP_TARGET(compositeBits, zvpiMorphGradientBorder_1u_C1R),
+    [](Bytes& in) { bits(ZVP_BORDER_ARGUMENTS(1u_C1R)); },
+    [](Bytes& in) { bits(ZVP_COMPOSITE_ARGUMENTS(1u_C1R)); },
 };
 
 }  // namespace
