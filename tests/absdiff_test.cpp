@@ -65,7 +65,7 @@ void expectAbsDiffC(const char* name, Status (*f)(const T*, int, T*, int, RoiSiz
     const auto call = [&](const auto& src, const auto&, const auto& dst, RoiSize roi) {
       return callOnImages(withConstant, roi, src, dst);
     };
-    expectDifferences<T>(1, call, [&] { return clamped; });
+    expectDifferences<T>(1, call, [value = clamped] { return value; });
     expectImageChecks(name, withConstant, {6, 2}, Image<T>(6, 2), Image<T>(6, 2));
   }
 }

@@ -287,9 +287,9 @@ TEST(FilterRow, BufferSizesDependOnTheKernelOnly) {
                                                 {36, 144}, {60, 144}, {64, 96}, {192, 64}};
   size_t i = 0;
   forEachMember([&](const auto& member) {
-    const auto [perTap, fixed] = perTapAndFixed[i++];
+    const auto& [perTap, fixed] = perTapAndFixed[i++];
     expectBufferSizes(
-        member, [=](int, int k) { return perTap * k + fixed; }, {1, 1}, INT32_MAX);
+        member, [a = perTap, b = fixed](int, int k) { return a * k + b; }, {1, 1}, INT32_MAX);
   });
 }
 

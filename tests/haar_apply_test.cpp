@@ -27,7 +27,7 @@ std::array<Point, 4> corners(Rect r, bool tilted) {
 
 // Integers wrap.
 template <class T>
-using Wrapping = std::conditional_t<std::is_integral_v<T>, std::make_unsigned<T>, std::type_identity<T>>::type;
+using Wrapping = typename std::conditional_t<std::is_integral_v<T>, std::make_unsigned<T>, std::type_identity<T>>::type;
 
 template <class T>
 T rectSum(const std::array<T, 4>& c) {
