@@ -21,7 +21,8 @@ set(ZVP_BASELINE_FLAGS -mavx)
 set(ZVP_VARIANT_FLAGS_x86-64-v3 -march=x86-64-v3)
 set(ZVP_VARIANT_FLAGS_x86-64-v4 -march=x86-64-v4 -mprefer-vector-width=512)
 
-# The form of both shared libraries: hidden symbols, one version node, soname by major version, no C++ runtime.
+# The form of both shared libraries: hidden symbols, one version node, soname by major version, no C++ runtime; calls of
+# their own exports stay inside.
 function(zvp_shared_library target version_script)
   target_compile_features(${target} PRIVATE cxx_std_20)
   target_compile_options(${target} PRIVATE ${ZVP_WARNINGS} ${ZVP_CODE_FLAGS} $<$<CONFIG:Release>:-O3> -fno-exceptions
@@ -35,7 +36,8 @@ function(zvp_shared_library target version_script)
                SOVERSION ${PROJECT_VERSION_MAJOR}
                LINKER_LANGUAGE C
                LINK_DEPENDS ${version_script})
-  target_link_options(${target} PRIVATE -Wl,--version-script=${version_script} -Wl,--as-needed)
+  target_link_options(${target} PRIVATE -Wl,--version-script=${version_script} -Wl,--as-needed
+                                            -Wl,-Bsymbolic-functions)
   if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()

@@ -10,13 +10,13 @@ trap 'rm -rf "$work"' EXIT
 
 fail() { echo "exports: $1"; exit 1; }
 
-sort -c "$source_dir/src/exports.txt" || fail "src/exports.txt is not sorted"
+sort -c "$source_dir/tests/exports.txt" || fail "tests/exports.txt is not sorted"
 grep -ohE '\bzvp(i|cv)[A-Z][A-Za-z0-9_]*\(' "$source_dir"/include/zvpcv/*.h | tr -d '(' | sort -u > "$work/headers"
-diff "$source_dir/src/exports.txt" "$work/headers" || fail "the list (<) and the headers (>) differ"
+diff "$source_dir/tests/exports.txt" "$work/headers" || fail "the list (<) and the headers (>) differ"
 
 for library in $(find "$library_dir" -name 'libzvpcv.so' | sort); do
   nm -D --defined-only "$library" | awk '$2 != "A" { sub(/@.*/, "", $3); print $3 }' | sort > "$work/symbols"
-  diff "$source_dir/src/exports.txt" "$work/symbols" || fail "the list (<) and $library (>) differ"
+  diff "$source_dir/tests/exports.txt" "$work/symbols" || fail "the list (<) and $library (>) differ"
   nm -D --undefined-only "$library" | awk '$1 == "U" { sub(/@.*/, "", $2); print $2 }' | grep '^zvp' > "$work/imports"
   printf '%s\n' zvpFree zvpGetEnabledCpuFeatures zvpGetMaxCacheSizeB zvpMalloc | diff - "$work/imports" ||
     fail "$library imports other functions of the core library"
@@ -25,4 +25,4 @@ for library in $(find "$library_dir" -name 'libzvpcv.so' | sort); do
     [ -z "$needed" ] || fail "$library needs $needed"
   fi
 done
-echo "exports: $(wc -l < "$source_dir/src/exports.txt") names"
+echo "exports: $(wc -l < "$source_dir/tests/exports.txt") names"

@@ -1,6 +1,6 @@
 #include "core/checks.h"
 #include "core/rows.h"
-#include "simd/transform.h"
+#include "simd/walk.h"
 #include "zvpcv/arithmetic.h"
 
 namespace zvp {

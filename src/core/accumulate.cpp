@@ -2,7 +2,7 @@
 // two NaNs is kept.
 #include "core/checks.h"
 #include "core/rows.h"
-#include "simd/transform.h"
+#include "simd/walk.h"
 #include "zvpcv/arithmetic.h"
 
 namespace zvp {
@@ -74,9 +74,8 @@ ZVP_INLINE Pack<float, N> maskedWeight(const uint8_t* mask, float weight) {
 
 template <class Operation, class... S>
 ZVP_INLINE void updateRow(int n, Operation operation, float* acc, const S*... src) {
-  simd::forEachBlock<simd::lanes<float>, sizeof(float)>(
-      0, n, [=]<class W>(int i, W) __attribute__((always_inline)) {
-        constexpr int N = W::value;
+  simd::forEachPack<simd::lanes<float>, sizeof(float)>(
+      0, n, [=]<int N>(int i) __attribute__((always_inline)) {
         const auto d = simd::load<Pack<float, N>>(acc + i);
         simd::store(acc + i, operation(d, simd::loadAs<float, N>(src + i)...));
       });
@@ -84,9 +83,8 @@ ZVP_INLINE void updateRow(int n, Operation operation, float* acc, const S*... sr
 
 template <class Operation, class... S>
 ZVP_INLINE void updateMaskedRow(int n, Operation operation, const uint8_t* mask, float* acc, const S*... src) {
-  simd::forEachBlock<simd::lanes<float>, sizeof(float)>(
-      0, n, [=]<class W>(int i, W) __attribute__((always_inline)) {
-        constexpr int N = W::value;
+  simd::forEachPack<simd::lanes<float>, sizeof(float)>(
+      0, n, [=]<int N>(int i) __attribute__((always_inline)) {
         const auto w = maskedWeight<N>(mask + i, operation.weight);
         const auto d = simd::load<Pack<float, N>>(acc + i);
         simd::store(acc + i, operation.masked(w, d, simd::loadAs<float, N>(src + i)...));

@@ -3,6 +3,8 @@
 
 #include <stdint.h>
 
+#include <type_traits>
+
 #include "core/rows.h"
 #include "zvpcv/types.h"
 
@@ -18,14 +20,17 @@ constexpr Status firstFailure(S... statuses) {
 
 constexpr Status check(bool holds, Status otherwise) { return holds ? Status{StatusOk} : otherwise; }
 
-template <class... T>
-constexpr Status nonNull(const T*... pointers) {
-  return check(((pointers != nullptr) && ...), ErrNullPtr);
-}
-
-template <class... T>
-constexpr Status nonNull(Rows<T>... operands) {
-  return nonNull(operands.data...);
+// Pointers and operands, in any mixture.
+template <class... A>
+constexpr Status nonNull(const A&... arguments) {
+  const auto isNull = []<class P>(const P& p) {
+    if constexpr (std::is_pointer_v<P>) {
+      return p == nullptr;
+    } else {
+      return p.data == nullptr;
+    }
+  };
+  return check(!(isNull(arguments) || ...), ErrNullPtr);
 }
 
 constexpr Status nonEmpty(RoiSize roi) { return check(roi.width >= 1 && roi.height >= 1, ErrSize); }

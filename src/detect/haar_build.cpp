@@ -129,7 +129,8 @@ Status extent(HaarClassifier* object, RoiSize* size) {
   return StatusOk;
 }
 
-Status release(HaarClassifier* object) {
+// Of no object, too.
+Status releaseAny(HaarClassifier* object) {
   releaseMemory(object);
   return StatusOk;
 }
@@ -167,8 +168,8 @@ Status zvpiTiltedHaarClassifierInitAlloc_32s(HaarClassifier** pState, const Rect
   return zvp::build(pState, stage, Orientation::kTilted);
 }
 
-Status zvpiHaarClassifierFree_32f(HaarClassifier* pState) { return zvp::release(pState); }
-Status zvpiHaarClassifierFree_32s(HaarClassifier* pState) { return zvp::release(pState); }
+Status zvpiHaarClassifierFree_32f(HaarClassifier* pState) { return zvp::releaseAny(pState); }
+Status zvpiHaarClassifierFree_32s(HaarClassifier* pState) { return zvp::releaseAny(pState); }
 
 Status zvpiGetHaarClassifierSize_32f(HaarClassifier* pState, RoiSize* pSize) { return zvp::extent(pState, pSize); }
 Status zvpiGetHaarClassifierSize_32s(HaarClassifier* pState, RoiSize* pSize) { return zvp::extent(pState, pSize); }

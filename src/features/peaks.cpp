@@ -5,7 +5,7 @@
 
 #include "core/checks.h"
 #include "core/rows.h"
-#include "simd/transform.h"
+#include "simd/walk.h"
 #include "zvpcv/features.h"
 
 namespace zvp {
@@ -106,9 +106,9 @@ template <Neighbourhood shape, class T>
 void search(Rows<const T> src, RoiSize roi, T threshold, int border, PeakList& peaks) {
   for (int y = border; y < roi.height - border && !peaks.isFull(); ++y) {
     const Window<T> window{src.row(y - 1), src.row(y), src.row(y + 1)};
-    simd::forEachBlock<simd::lanes<T>, sizeof(T)>(
-        border, roi.width - border, [&]<class W>(int x, W) __attribute__((always_inline)) {
-          if (const uint64_t bits = peakBits<W::value, shape>(window, x, threshold)) peaks.append(bits, x, y);
+    simd::forEachPack<simd::lanes<T>, sizeof(T)>(
+        border, roi.width - border, [&]<int N>(int x) __attribute__((always_inline)) {
+          if (const uint64_t bits = peakBits<N, shape>(window, x, threshold)) peaks.append(bits, x, y);
         });
   }
 }

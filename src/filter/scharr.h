@@ -3,7 +3,7 @@
 
 #include "core/rows.h"
 #include "filter/border.h"
-#include "simd/cover.h"
+#include "simd/walk.h"
 
 namespace zvp {
 

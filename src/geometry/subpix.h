@@ -7,8 +7,8 @@
 #include <limits>
 
 #include "core/rows.h"
-#include "simd/cover.h"
 #include "simd/fixed_point.h"
+#include "simd/walk.h"
 
 namespace zvp {
 
@@ -204,8 +204,11 @@ ZVP_INLINE void sampleColumns(const Weights weights, const RowWalk<S> src, D* ds
       upper = lower;
     }
   };
-  if (weights.fitPacks()) return simd::coverRow<typename Weights::Unit>(n, column);
-  for (int x = 0; x < n; ++x) column.template operator()<1>(x);
+  if (weights.fitPacks()) {
+    simd::coverRow<typename Weights::Unit>(n, column);
+  } else {
+    for (int x = 0; x < n; ++x) column.template operator()<1>(x);
+  }
 }
 
 constexpr int kRowsTogether = 8;  // few enough for each to stay in one way of the nearest cache

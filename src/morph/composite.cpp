@@ -311,8 +311,4 @@ ZVP_INIT_ALLOC(32f_C1R, (kFlavour<float, 1>))
 ZVP_INIT_ALLOC(32f_C3R, (kFlavour<float, 3>))
 ZVP_INIT_ALLOC(32f_C4R, (kFlavour<float, 4>))
 
-Status zvpiMorphAdvFree(MorphAdvSpec* pSpec) {
-  if (pSpec == nullptr) return ErrNullPtr;
-  zvp::releaseMemory(pSpec);
-  return StatusOk;
-}
+Status zvpiMorphAdvFree(MorphAdvSpec* pSpec) { return zvp::release(pSpec); }

@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "morph/engine.h"
-#include "simd/transform.h"
+#include "simd/walk.h"
 
 namespace zvp {
 namespace {

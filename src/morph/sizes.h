@@ -3,6 +3,7 @@
 
 #include <stdint.h>
 
+#include "core/bytes.h"
 #include "zvpcv/types.h"
 
 namespace zvp {
@@ -28,7 +29,6 @@ template <int channels>
 inline constexpr Flavour kFlavour<float, channels> = {DataType32f, 4, channels, false};
 inline constexpr Flavour kBits = {DataType8u, 1, 1, true};  // computed as bytes
 
-constexpr int64_t roundUp(int64_t n, int64_t multiple) { return (n + multiple - 1) / multiple * multiple; }
 constexpr int64_t maskBytes(RoiSize mask) { return roundUp(int64_t{mask.width} * mask.height, 16); }
 
 // The part of the work buffer that holds rows: enough for mask.height x mask.height + 1 rows without borders.

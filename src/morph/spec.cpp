@@ -235,8 +235,4 @@ ZVP_STATE_MEMBER(32f_C1R, (kFlavour<float, 1>))
 ZVP_STATE_MEMBER(32f_C3R, (kFlavour<float, 3>))
 ZVP_STATE_MEMBER(32f_C4R, (kFlavour<float, 4>))
 
-Status zvpiMorphologyFree(MorphState* pState) {
-  if (pState == nullptr) return ErrNullPtr;
-  zvp::releaseMemory(pState);
-  return StatusOk;
-}
+Status zvpiMorphologyFree(MorphState* pState) { return zvp::release(pState); }

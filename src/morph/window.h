@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "simd/cover.h"
+#include "simd/walk.h"
 
 namespace zvp {
 

@@ -7,11 +7,12 @@
 
 #include <algorithm>
 
+#include "core/data_type.h"
 #include "core/rows.h"
 #include "filter/border.h"
 #include "pyramid/sizes.h"
-#include "simd/cover.h"
 #include "simd/gather.h"
+#include "simd/walk.h"
 #include "zvpcv/pyramid.h"
 
 // How a level follows from the one before.
@@ -48,11 +49,6 @@ struct PyramidLayerState {
 namespace zvp {
 
 using simd::Pack;
-
-template <class T>
-inline constexpr DataType kDataType = std::is_same_v<T, uint8_t>    ? DataType8u
-                                      : std::is_same_v<T, uint16_t> ? DataType16u
-                                                                    : DataType32f;
 
 // What both operations check before the sizes.
 template <int channels, class T>

@@ -116,12 +116,6 @@ Status initAlloc(Direction direction, PyramidLayerState** result, RoiSize base, 
   return makeState(result, settings, kernel);
 }
 
-Status release(PyramidLayerState* state) {
-  if (state == nullptr) return ErrNullPtr;
-  releaseMemory(state);
-  return StatusOk;
-}
-
 }  // namespace
 }  // namespace zvp
 

@@ -6,9 +6,9 @@
 #include <type_traits>
 
 #include "core/checks.h"
-#include "simd/cover.h"
 #include "simd/fixed_point.h"
 #include "simd/interleave.h"
+#include "simd/walk.h"
 
 namespace zvp {
 
@@ -47,29 +47,9 @@ struct OctavePacks {
   template <int N>
   static constexpr int narrower = wholePixels ? fewestLanes : N / 2;
   template <int N>
-  static constexpr int pixels = wholePixels     ? N / 3
-                                : channels == 3 ? N / 4
-                                                : N;
+  static constexpr int outputs = wholePixels     ? N / 3
+                                 : channels == 3 ? N / 4
+                                                 : N;
 };
-
-// Runs a kernel from output `first` on as far as its packs reach beyond neither side, and returns the first output
-// after those. The kernel, for packs of N elements: run<N>(x) makes the outputs of a pack and may spoil some that
-// follow; the last place to start is last<N>(). x is the first output not made yet; a last pack may overlap those
-// before.
-template <class Packs, int N = Packs::mostLanes, class Kernel>
-ZVP_INLINE int64_t sweep(int64_t first, int64_t x, const Kernel& kernel) {
-  constexpr int kPixels = Packs::template pixels<N>;
-  const int64_t last = kernel.template last<N>();
-  for (; x <= last; x += kPixels) kernel.template run<N>(x);
-  if (last >= first && x < last + kPixels) {
-    kernel.template run<N>(last);
-    x = last + kPixels;
-  }
-  if constexpr (N > Packs::fewestLanes) {
-    return sweep<Packs, Packs::template narrower<N>>(first, x, kernel);
-  } else {
-    return x;
-  }
-}
 
 }  // namespace zvp

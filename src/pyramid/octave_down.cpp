@@ -79,7 +79,7 @@ void sumRow(const T* row, int64_t width, OctaveSum<T>* sums) {
     }
   };
   end(0);
-  int64_t x = sweep<OctavePacks<Sum, channels>>(1, 1, RowKernel<T, channels>{row, sums, width});
+  int64_t x = simd::sweep<OctavePacks<Sum, channels>>(1, 1, RowKernel<T, channels>{row, sums, width});
   for (; x < (width + 1) / 2; ++x) end(x);
 }
 

@@ -128,7 +128,7 @@ struct ResultKernel {
 template <class T, int channels, bool kEvenRow>
 void makeRow(const RowsAround<OctaveSum<T>, kEvenRow>& rows, int64_t width, T* dst) {
   const ResultKernel<T, channels, kEvenRow> kernel{rows, dst, width};
-  int64_t x = sweep<OctavePacks<OctaveSum<T>, channels>>(0, 0, kernel);
+  int64_t x = simd::sweep<OctavePacks<OctaveSum<T>, channels>>(0, 0, kernel);
   for (; x < width; ++x) kernel.runPixel(x);
 }
 

@@ -44,11 +44,10 @@ Status initAlloc(OpticalFlowState** state, RoiSize roi, int winSize, int hint, D
   return StatusOk;
 }
 
-Status release(OpticalFlowState* state) {
+Status releaseState(OpticalFlowState* state) {
   if (Status s = nonNull(state)) return s;
   releaseMemory(state->buffer);
-  releaseMemory(state);
-  return StatusOk;
+  return release(state);
 }
 
 }  // namespace
@@ -58,7 +57,7 @@ Status release(OpticalFlowState* state) {
   Status zvpiOpticalFlowPyrLKInitAlloc_##name(OpticalFlowState** ppState, RoiSize roiSize, int winSize, int hint) { \
     return zvp::initAlloc(ppState, roiSize, winSize, hint, type);                                                   \
   }                                                                                                                 \
-  Status zvpiOpticalFlowPyrLKFree_##name(OpticalFlowState* pState) { return zvp::release(pState); }
+  Status zvpiOpticalFlowPyrLKFree_##name(OpticalFlowState* pState) { return zvp::releaseState(pState); }
 FLOW_STATE(8u_C1R, DataType8u)
 FLOW_STATE(16u_C1R, DataType16u)
 FLOW_STATE(32f_C1R, DataType32f)

@@ -57,8 +57,4 @@ Status zvpiPyramidInitAlloc(Pyramid** ppPyramid, int level, RoiSize roi, float r
   return zvp::makeRecord(ppPyramid, level, roi, rate);
 }
 
-Status zvpiPyramidFree(Pyramid* pPyramid) {
-  if (pPyramid == nullptr) return ErrNullPtr;
-  zvp::releaseMemory(pPyramid);
-  return StatusOk;
-}
+Status zvpiPyramidFree(Pyramid* pPyramid) { return zvp::release(pPyramid); }

@@ -8,7 +8,7 @@
 
 #include "core/checks.h"
 #include "core/rows.h"
-#include "simd/transform.h"
+#include "simd/walk.h"
 #include "zvpcv/segment.h"
 
 namespace zvp {
@@ -60,9 +60,9 @@ struct Rule {
 template <class T, class Relation>
 ZVP_INLINE uint64_t relationBits(const T* a, const T* b, int n, Relation relation) {
   uint64_t bits = 0;
-  simd::forEachBlock<simd::lanes<T>, sizeof(T)>(
-      0, n, [&]<class W>(int i, W) __attribute__((always_inline)) {
-        using V = Pack<T, W::value>;
+  simd::forEachPack<simd::lanes<T>, sizeof(T)>(
+      0, n, [&]<int N>(int i) __attribute__((always_inline)) {
+        using V = Pack<T, N>;
         bits |= maskBits(relation(load<V>(a + i), load<V>(b + i))) << i;
       });
   return bits;

@@ -3,7 +3,7 @@
 #include "core/checks.h"
 #include "core/rows.h"
 #include "core/runs.h"
-#include "simd/transform.h"
+#include "simd/walk.h"
 #include "stats/tables.h"
 
 namespace zvp {

@@ -1,7 +1,7 @@
 // Standard deviation of the pixels inside a rectangle, at every position, from four corners of two integral images.
 #include "core/checks.h"
 #include "core/rows.h"
-#include "simd/transform.h"
+#include "simd/walk.h"
 #include "stats/tables.h"
 #include "zvpcv/integral.h"
 
