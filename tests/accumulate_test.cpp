@@ -153,6 +153,7 @@ TEST(Accumulate, EqualsTheModelBitByBit) {
         const auto seed = static_cast<unsigned>(width);
         const Setting<T> now(m, width, kHeight, placement, seed), before(m, width, kHeight, placement, seed);
         const float alpha = kAlphas[seed % std::size(kAlphas)];
+        const Frozen frozen(now.s1, now.s2, now.mask);
         ASSERT_EQ(m.invoke(now.operands(), {width, kHeight}, alpha), StatusOk);
         const auto expected = [&](int y, int x) {
           return modelled(m, before.mask.get(y, x) != 0, converted<T>(before.s1.get(y, x)),
@@ -206,7 +207,7 @@ TEST(Accumulate, SinglePrecisionThroughout) {
 
 // --- Checks ----------------------------------------------------------------------------------------------------------
 
-constexpr RoiSize kRoi{6, 2};
+constexpr RoiSize kRoi{8, 2};  // the accumulator has no gaps
 
 TEST(Accumulate, ChecksInOrderAndWritesNothing) {
   forEachMember([&]<class T>(T, const Member& m) {

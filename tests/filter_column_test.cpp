@@ -80,12 +80,12 @@ void expectEqualsPlain(const Member& member, const Settings& s, unsigned seed) {
   std::vector<const T*> rows;
   for (int y = 0; y < count; ++y) {
     order.push_back(static_cast<int>(engine() % static_cast<unsigned>(count)));
-    const auto* first = reinterpret_cast<const uint8_t*>(memory.data());
-    rows.push_back(reinterpret_cast<const T*>(first + ptrdiff_t{order.back()} * memory.step()));
+    rows.push_back(memory.address(order.back()));
   }
   const Image<Out> dst(elements, s.height, static_cast<int>(seed % 2 * sizeof(Out)), placement);
   const auto taps = tapsFor<typename Member::Tap>(seed, s.kernelSize, s.strength);
   const GuardedBlock buffer = member.work(roi, s.kernelSize, placement);
+  const Frozen frozen(memory);
   ASSERT_EQ(
       member.filter({rows.data(), dst.data(), dst.step(), roi, taps.data(), s.kernelSize, buffer.start(), s.divisor}),
       StatusOk);

@@ -92,11 +92,12 @@ void expectEqualsPlain(const Member& member, const Settings& s, unsigned seed) {
   src.fill(FiniteValues<T>(seed));
   const auto taps = tapsFor<typename Member::Tap>(seed, s.kernelSize, s.strength);
   const T borderValue[] = {T(7), T(201), T(-90)};
-  Out* rows[] = {reinterpret_cast<Out*>(reinterpret_cast<uint8_t*>(dst.data()) + dst.step()), dst.data()};
+  Out* rows[] = {dst.address(1), dst.address(0)};
   const GuardedBlock buffer = member.work(roi, s.kernelSize, placement);
   const typename Member::Arguments arguments{src.data(),  src.step(),     rows,      roi,
                                              taps.data(), s.kernelSize,   s.xAnchor, s.borderType,
                                              borderValue, buffer.start(), s.divisor};
+  const Frozen frozen(src);
   ASSERT_EQ(member.filter(arguments), StatusOk);
   ASSERT_TRUE(matches(dst,
                       [&](int y, int element) {
@@ -240,7 +241,7 @@ void expectRowChecks(const FilterMember<T, Out, Tap, A>& member) {
   const Image<Out> dst(elements, kHeight);
   src.fill([] { return 1; });
   std::vector<Out*> rows;
-  for (int y = 0; y < kHeight; ++y) rows.push_back(dst.data() + y * elements);
+  for (int y = 0; y < kHeight; ++y) rows.push_back(dst.address(y));
   const Tap kernel[] = {1, 1, 1};
   const T value[] = {1, 2, 3};
   const RoiSize roi{6, kHeight};

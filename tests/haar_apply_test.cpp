@@ -93,8 +93,8 @@ struct Scene {
     return sum;
   }
 
-  const E* uprightOrigin() const { return upright.data() + kMargin * upright.step() / int{sizeof(E)} + kMargin; }
-  const E* tiltedOrigin() const { return tilted.data() + kMargin * tilted.step() / int{sizeof(E)} + kMargin; }
+  Data<E> uprightOrigin() const { return upright.data(kMargin, kMargin); }
+  Data<E> tiltedOrigin() const { return tilted.data(kMargin, kMargin); }
   RoiSize roi() const { return {mask.width(), mask.height()}; }
 };
 
@@ -201,7 +201,7 @@ TEST(HaarApply, ReadsNothingForUnselectedPositions) {
       mask.set(0, first, 1);
       mask.set(0, last, 1);
       // Before the first selected position there is no table at all.
-      const float* origin = table.data() - (atEnd ? 0 : first);
+      const float* origin = table.address() - (atEnd ? 0 : first);
       if (!atEnd) mask.set(0, last, 0);
       int positive = -1;
       ASSERT_EQ(zvpiApplyHaarClassifier_32f_C1R(origin, table.step(), norm.data(), norm.step(), mask.data(),

@@ -187,8 +187,7 @@ struct PlainLevel {
     const float half = 0.5f * static_cast<float>(win - 1);
     Point min, max;
     if (raised && isInside(x, y)) {
-      const auto* row = reinterpret_cast<const uint8_t*>(image.data()) + ptrdiff_t{first(y)} * image.step();
-      m.copy(reinterpret_cast<const S*>(row) + first(x), image.step(), out.data(), win * 4, {win, win}, centre.x - half,
+      m.copy(image.data(first(y), first(x)), image.step(), out.data(), win * 4, {win, win}, centre.x - half,
              centre.y - half);
     } else {
       m.intersect(image.data(), image.step(), size(), out.data(), win * 4, {win, win}, centre, &min, &max);

@@ -15,9 +15,9 @@ void expectFill(T value) {
       const int n = bytes / int{sizeof(T)};
       if (n < 1) continue;
       const Image<T> run(n, 1, 0, placement);
-      ASSERT_EQ(fillRun(run.data(), n, value), StatusOk);
+      ASSERT_EQ(fillRun(run.address(), n, value), StatusOk);
       ASSERT_TRUE(matches(run, [&](int, int) { return value; })) << n;
-      ASSERT_EQ(zeroRun(run.data(), n), StatusOk);
+      ASSERT_EQ(zeroRun(run.address(), n), StatusOk);
       ASSERT_TRUE(matches(run, [&](int, int) { return T{0}; })) << n;
     }
   }
@@ -59,7 +59,7 @@ void expectConvert() {
       const Image<S> src(n, 1, 0, placement);
       const Image<float> dst(n, 1, 0, placement);
       src.fill(Values<S>(static_cast<unsigned>(n)));
-      ASSERT_EQ(convertRun(src.data(), dst.data(), n), StatusOk);
+      ASSERT_EQ(convertRun(src.address(), dst.address(), n), StatusOk);
       ASSERT_TRUE(matches(dst, [&](int y, int x) { return static_cast<float>(src.get(y, x)); }));
     }
   }

@@ -39,8 +39,9 @@ void expectEqualsPlain(const Member& member, RoiSize roi, BorderType type, unsig
   ASSERT_EQ(size, 4 * (roi.width + 2));
   const GuardedBlock buffer(static_cast<size_t>(size), placement);
   constexpr float kConstant = 1.7f;
-  const float* const first = src.data() + left + (top ? src.step() / int{sizeof(float)} : 0);
-  ASSERT_EQ(member.filter(first, src.step(), dst.data(), dst.step(), roi, type, kConstant, buffer.start()), StatusOk);
+  ASSERT_EQ(member.filter(src.data(top ? 1 : 0, left), src.step(), dst.data(), dst.step(), roi, type, kConstant,
+                          buffer.start()),
+            StatusOk);
   const auto pixel = [&](int y, int x) {
     const int row = outside(y, roi.height, type, top, bottom), column = outside(x, roi.width, type, left, right);
     return row == -2 || column == -2 ? kConstant : src.get(row + top, column + left);

@@ -79,9 +79,8 @@ template <class T>
   EXPECT_EQ(zvpiMarkSpecklesGetBufferSize({width, height}, kMember<T>.type, 1, &bytes), StatusOk);
   EXPECT_EQ(bytes, 13 * width * height);
   const GuardedBlock buffer(static_cast<size_t>(bytes), placement);
-  uint8_t* const first = reinterpret_cast<uint8_t*>(image.data()) + ptrdiff_t{row(0)} * image.step();
-  EXPECT_EQ(kMember<T>.mark(reinterpret_cast<T*>(first), upward ? -image.step() : image.step(), {width, height},
-                            rule.marker, rule.maxSize, rule.maxDifference, 1, buffer.start()),
+  EXPECT_EQ(kMember<T>.mark(image.data(row(0)), upward ? -image.step() : image.step(), {width, height}, rule.marker,
+                            rule.maxSize, rule.maxDifference, 1, buffer.start()),
             StatusOk);
   return matches(image, [&](int y, int x) { return expected[row(y)][x]; });
 }

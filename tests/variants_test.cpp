@@ -97,7 +97,7 @@ class Results {
   void filters() {
     const Image<float> rows(roi_.width, roi_.height), out(roi_.width, roi_.height);
     std::vector<float*> to;
-    for (int y = 0; y < roi_.height; ++y) to.push_back(rows.data() + y * roi_.width);
+    for (int y = 0; y < roi_.height; ++y) to.push_back(rows.address(y));
     std::vector<const float*> from(to.begin(), to.end());
     const float taps[] = {0.1f, 0.7f, -0.3f, 0.2f, 0.3f};
     auto work = memory(10000);
@@ -181,7 +181,7 @@ class Results {
     (bytes_.data(), bytes_.step(), roi_, bytes.data(), bytes.step(), {kSide, kSide}, {5.3f, 7.7f}, &min, &max);
     add(window), add(bytes);
 
-    uint8_t* images[] = {reinterpret_cast<uint8_t*>(smooth_.data())};
+    uint8_t* images[] = {reinterpret_cast<uint8_t*>(smooth_.address())};
     RoiSize size = roi_;
     double rate = 1.0;
     int32_t step = smooth_.step();

@@ -1,5 +1,5 @@
 // Stands in for the core library's allocator, as the library under test sees it: it can fail the n-th allocation,
-// counts what is alive, and places every block against an inaccessible page.
+// counts what is alive, and places every block, filled with poison, against an inaccessible page.
 #pragma once
 
 namespace zvp::test {

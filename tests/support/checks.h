@@ -28,7 +28,7 @@ struct Operand {
 
 template <class T>
 Operand operandOf(const Image<T>& image) {
-  return {image.data(), image.step(), sizeof(T)};
+  return {image.address(), image.step(), sizeof(T)};
 }
 
 // A valid call with everything that the checks look at laid open. Steps must be the smallest allowed ones, and

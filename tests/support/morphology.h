@@ -147,10 +147,7 @@ class Source {
   Source(RoiSize roi, const Mask& mask, Point anchor, int channels, BorderType border, unsigned seed, int reach = 1)
       : Source(roi, Room(border, mask, anchor, reach), channels, seed) {}
 
-  T* data() const {
-    return reinterpret_cast<T*>(reinterpret_cast<uint8_t*>(image_.data()) + ptrdiff_t{room_.top} * step() +
-                                ptrdiff_t{room_.left} * channels_ * ptrdiff_t{sizeof(T)});
-  }
+  Data<T> data() const { return image_.data(room_.top, room_.left * channels_); }
   int step() const { return image_.step(); }
   RoiSize roi() const { return roi_; }
   int channels() const { return channels_; }
@@ -243,6 +240,7 @@ class MorphWork {
 
   template <class Filter, class Src, class Dst>
   Status run(const Filter& filter, const Src& src, const Dst& dst, RoiSize roi, BorderType border) const {
+    const Frozen frozen(*spec_);
     return filter(src.data(), src.step(), dst.data(), dst.step(), roi, border, spec(), buffer());
   }
 
@@ -327,7 +325,7 @@ struct BitImage {
   BitImage(int rowBits, int height, int extra, Placement placement)
       : step((rowBits + 7) / 8 + extra),
         bits(rowBits),
-        block(static_cast<size_t>(step * (height - 1) + (rowBits + 7) / 8), placement) {}
+        block(static_cast<size_t>(step * (height - 1) + (rowBits + 7) / 8), placement, GuardedBlock::kCanary) {}
 
   uint8_t* row(int y) const { return block.start() + ptrdiff_t{y} * step; }
   int get(int bit, int y) const { return row(y)[bit >> 3] >> (7 - (bit & 7)) & 1; }
@@ -353,6 +351,7 @@ void expectBits(const BitCase& c, int reach, Operation operation, const MorphWor
   for (int y = 0; y < height; ++y)
     for (int i = 0; i < (src.bits + 7) / 8; ++i)
       src.row(y)[i] = static_cast<uint8_t>(c.seed % 2 == 0 ? engine() | engine() : engine() & engine());
+  const Frozen frozen(src.block);
   ASSERT_EQ(operation(src.row(room.top), src.step, left, dst.row(0), dst.step, c.dstOffset, c.roi, c.border, 1,
                       work.spec(), work.buffer()),
             StatusOk);

@@ -36,8 +36,9 @@ class ImagePyramid {
       const RoiSize roi = record_->roiSizes[l];
       const Image<T>& image = images_.emplace_back(roi.width, roi.height, extra, placement);
       image.draw([&](int y, int x) { return pixel(l, y, x); });
-      record_->images[l] = reinterpret_cast<uint8_t*>(image.data());
+      record_->images[l] = reinterpret_cast<uint8_t*>(image.address());
       record_->steps[l] = image.step();
+      frozen_.emplace_back(image);
     }
   }
 
@@ -47,6 +48,7 @@ class ImagePyramid {
  private:
   RecordPtr record_;
   std::deque<Image<T>> images_;
+  std::deque<Frozen> frozen_;
 };
 
 }  // namespace zvp::test
