@@ -1,4 +1,6 @@
 // Layers: states, reduction and expansion against plain filters, hand-computed examples, checks, failed allocations.
+#include <sys/mman.h>
+
 #include "support/allocator.h"
 #include "support/checks.h"
 #include "support/filter.h"
@@ -298,6 +300,20 @@ TEST(PyramidLayer, ChecksInOrderAndWritesNothing) {
     expectLayerChecks(member, member.down, {6, 6}, {3, 3});
     expectLayerChecks(member, member.up, {3, 3}, {6, 6});
   });
+}
+
+// Four times the product of the elements in a row and the rows that such a kernel meets is beyond 63 bits.
+TEST(PyramidLayer, SizesOfHugeStatesDoNotWrap) {
+  if (sizeof(void*) == 4) GTEST_SKIP() << "no room for the kernel";
+  constexpr int kTaps = 395590001;
+  const size_t bytes = sizeof(int16_t) * kTaps;
+  void* taps = mmap(nullptr, bytes, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(taps, MAP_FAILED);
+  PyramidLayerState* state = nullptr;
+  EXPECT_EQ(zvpiPyramidLayerUpInitAlloc_16u_C3R(&state, {INT32_MAX, INT32_MAX}, 2.0f, static_cast<const int16_t*>(taps),
+                                                kTaps, kLinear),
+            ErrNoMemory);
+  munmap(taps, bytes);
 }
 
 TEST(PyramidLayer, SizesMustFitTheState) {

@@ -250,6 +250,22 @@ TEST(CopySubpixIntersect, PointsFarAwayTakeTheEdge) {
   for (const float x : {-1e30f, -INFINITY, -2.2e9f, -2147483000.0f, -9.0f}) expectEdge(x, 1, 3, 2);
 }
 
+// The first column is -135109352, the corner in single precision 16 before it: the fraction is -16, and a result
+// 17 x one pixel - 16 x the next one.
+TEST(CopySubpixIntersect, FractionsOfWindowsWiderThanSinglePrecision) {
+  constexpr int kWidth = 135109368, kBefore = 135109352;
+  const uint8_t src[8] = {100, 101, 102, 103, 104, 105, 106, 107};
+  const std::unique_ptr<uint8_t[]> dst(new uint8_t[kWidth]);
+  Point min = kUnwritten, max = kUnwritten;
+  EXPECT_EQ(
+      zvpiCopySubpixIntersect_8u_C1R(src, 8, {8, 1}, dst.get(), kWidth, {kWidth, 1}, {-67554680, 0.3f}, &min, &max),
+      StatusOk);
+  const uint8_t* first = dst.get() + kBefore;
+  EXPECT_EQ(std::vector<uint8_t>(first - 2, first + 9),
+            (std::vector<uint8_t>{100, 100, 84, 85, 86, 87, 88, 89, 90, 107, 107}));
+  EXPECT_EQ(inside(min, max), (Inside{kBefore, kBefore + 6, 0, -1}));
+}
+
 // --- Checks ----------------------------------------------------------------------------------------------------------
 
 constexpr RoiSize kRoi{5, 3};

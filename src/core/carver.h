@@ -23,10 +23,10 @@ class Carver {
 
   // Measuring, what comes back is no address.
   template <class T>
-  T* take(int64_t count, size_t alignment) {
+  T* take(Bytes count, size_t alignment) {
     next_ += (0 - next_) % alignment;
     const uintptr_t part = next_;
-    const Bytes bytes = Bytes(count) * int64_t{sizeof(T)};
+    const Bytes bytes = count * int64_t{sizeof(T)};
     next_ += static_cast<size_t>(bytes.value());
     taken_ = roundUp(taken_, static_cast<int64_t>(alignment)) + bytes;
     if (largestAlignment_ < alignment) largestAlignment_ = alignment;

@@ -60,14 +60,14 @@ FloatWeights raisedWeights(float fx, float fy) {
 }
 
 // With 14 fractional bits; they add up to one exactly. The result is the sum of products times 2^-scaleFactor, rounded
-// half up and saturated.
+// half up and saturated. The rounded corners of windows wider than 2^24 have fractions as far from 0 .. 1 as 128.
 class FixedWeights {
  public:
   using Unit = int16_t;
 
   FixedWeights(float fx, float fy, int scaleFactor = 0)
       : shift_(kFractionBits + std::min(scaleFactor, kVanishes)), half_(1 << (shift_ - 1)) {
-    const int32_t ax = bits(fx), ay = bits(fy), bx = kOne - ax, by = kOne - ay;
+    const int64_t ax = bits(fx), ay = bits(fy), bx = kOne - ax, by = kOne - ay;
     w00_ = weight(bx * by), w10_ = weight(ax * by), w01_ = weight(bx * ay), w11_ = weight(ax * ay);
     const int32_t excess = w00_ + w10_ + w01_ + w11_ - kOne;
     if (excess > 0) largest() -= excess;
@@ -80,7 +80,7 @@ class FixedWeights {
   }
 
   struct Neighbours {
-    uint32_t left, right;
+    int32_t left, right;
   };
   template <int N>
   using Row = std::conditional_t<N == 1, Neighbours, simd::Halves<N == 1 ? 8 : N>>;
@@ -96,8 +96,8 @@ class FixedWeights {
   template <int N, class D, class S>
   ZVP_INLINE Pack<D, N> at(const Row<N>& upper, const Row<N>& lower) const {
     if constexpr (N == 1) {
-      return scaled<D>(upper.left * unsignedOf(w00_) + upper.right * unsignedOf(w10_) + lower.left * unsignedOf(w01_) +
-                       lower.right * unsignedOf(w11_));
+      return scaled<D>(int64_t{upper.left} * w00_ + int64_t{upper.right} * w10_ + int64_t{lower.left} * w01_ +
+                       int64_t{lower.right} * w11_);
     } else {
       const auto weighted = [](const Row<N>& row, int32_t left, int32_t right) {
         return simd::pairProducts<N>(row, simd::broadcast<int32_t, N / 2>(pair(left, right)));
@@ -109,7 +109,7 @@ class FixedWeights {
   }
   template <class D, class S>
   D atEdge(S upper, S lower) const {
-    return scaled<D>(uint32_t{upper} * unsignedOf(w00_ + w10_) + uint32_t{lower} * unsignedOf(w01_ + w11_));
+    return scaled<D>(int64_t{upper} * (w00_ + w10_) + int64_t{lower} * (w01_ + w11_));
   }
 
  private:
@@ -118,10 +118,9 @@ class FixedWeights {
   static constexpr int kBias = 1 << 15;  // brings unsigned words into the range of signed ones
 
   static int32_t bits(float fraction) { return static_cast<int32_t>(0.5f + static_cast<float>(kOne) * fraction); }
-  static constexpr int32_t weight(int32_t product) { return (product + kOne) >> kFractionBits; }
-  static constexpr uint32_t unsignedOf(int32_t v) { return static_cast<uint32_t>(v); }
+  static constexpr int32_t weight(int64_t product) { return static_cast<int32_t>((product + kOne) >> kFractionBits); }
   static constexpr int32_t pair(int32_t left, int32_t right) {
-    return static_cast<int32_t>((unsignedOf(left) & 0xffff) | unsignedOf(right) << 16);
+    return static_cast<int32_t>((static_cast<uint32_t>(left) & 0xffff) | static_cast<uint32_t>(right) << 16);
   }
 
   // The first that is not smaller than any other.
@@ -133,9 +132,8 @@ class FixedWeights {
   }
 
   template <class D>
-  D scaled(uint32_t sum) const {
-    const int32_t value = static_cast<int32_t>(sum + unsignedOf(half_)) >> shift_;
-    return static_cast<D>(std::clamp<int32_t>(value, 0, std::numeric_limits<D>::max()));
+  D scaled(int64_t sum) const {
+    return static_cast<D>(std::clamp<int64_t>((sum + half_) >> shift_, 0, std::numeric_limits<D>::max()));
   }
 
   // Words of 16-bit sources are biased; the weights add up to one, so that their sums are too.
@@ -239,8 +237,8 @@ void sampleFrom(int64_t column, int64_t row, const Weights& weights, Rows<const 
                 RoiSize size) {
   const auto before = static_cast<int>(std::clamp<int64_t>(-column, 0, size.width));
   const auto behind = static_cast<int>(std::clamp<int64_t>(last.column - column, before, size.width));
-  for (int y = 0; y < size.height; y += kRowsTogether) {
-    const int rows = std::min(kRowsTogether, size.height - y);
+  for (int64_t y = 0; y < size.height; y += kRowsTogether) {
+    const auto rows = static_cast<int>(std::min<int64_t>(kRowsTogether, size.height - y));
     const auto walkFrom = [&](int64_t x) {
       RowWalk<S> walk(src, row + y, last.row);
       walk.p += x;

@@ -32,7 +32,7 @@ struct PyramidLayerState {
   LayerPath path;
 
   // Rows of base.width pixels and more.
-  float* padded;          // room for tapCount / 2 pixels before it and behind its end
+  float* padded;          // one more, with room for `reach` pixels before it and behind its end
   float* whole;           // one row on its way
   float* pair[2];         // two neighbouring rows
   float* ring;            // tapCount rows (or all, where there are fewer), `stride` apart
@@ -42,6 +42,7 @@ struct PyramidLayerState {
   float* share;           // and how much of the second enters it
 
   int reach() const { return tapCount / 2; }
+  float* paddedRow() const { return padded + int64_t{reach()} * channels; }
   int64_t ringRows() const { return std::min(tapCount, base.height); }
   float* ringRow(int64_t y) const { return ring + y % ringRows() * stride; }
 };
@@ -106,22 +107,21 @@ void sumTaps(const PyramidLayerState& state, int64_t n, T* out, Source source) {
   });
 }
 
-// Continues the row in state.padded on both sides by its mirror images.
+// Continues the padded row on both sides by its mirror images.
 template <int channels>
 void mirrorEnds(const PyramidLayerState& state, int64_t width) {
-  const auto mirror = [&](int64_t x) {
+  const auto mirror = [row = state.paddedRow(), width](int64_t x) {
     const int64_t from = modeCoordinate(x, width, BorderReflect);
-    for (int c = 0; c < channels; ++c) state.padded[x * channels + c] = state.padded[from * channels + c];
+    for (int c = 0; c < channels; ++c) row[x * channels + c] = row[from * channels + c];
   };
   for (int64_t i = 1; i <= state.reach(); ++i) mirror(-i), mirror(width - 1 + i);
 }
 
-// Filters the row in state.padded.
+// Filters the padded row.
 template <int channels>
 void filterRow(const PyramidLayerState& state, int64_t width, float* out) {
   mirrorEnds<channels>(state, width);
-  const float* first = state.padded - state.reach() * channels;
-  sumTaps(state, width * channels, out, [first](int k) { return first + ptrdiff_t{k} * channels; });
+  sumTaps(state, width * channels, out, [first = state.padded](int k) { return first + int64_t{k} * channels; });
 }
 
 // The rows of an image that a column of taps meets, made when they are first met.

@@ -36,10 +36,10 @@ class Reduction {
   // Filters a row of the source at its even columns: tap k of column 2 x meets one of every second pixel of the row, or
   // one of the pixels between them.
   void halveRow(int64_t row) {
-    toFloats(src_.row(row), int64_t{size_.width} * channels, state_.padded);
+    toFloats(src_.row(row), int64_t{size_.width} * channels, state_.paddedRow());
     mirrorEnds<channels>(state_, size_.width);
     float *even = state_.whole, *odd = state_.pair[0];
-    splitPixels(state_.padded - state_.reach() * channels, result_ + state_.reach(), even, odd);
+    splitPixels(state_.padded, result_ + state_.reach(), even, odd);
     sumTaps(state_, elements(), state_.ringRow(row),
             [even, odd](int k) { return (k % 2 == 0 ? even : odd) + ptrdiff_t{k / 2} * channels; });
   }
@@ -59,7 +59,7 @@ class Reduction {
     if (row <= provided_) return;
     provided_ = row;
     ring_.filter(row, int64_t{size_.width} * channels, state_.whole, [this](int64_t r) {
-      toFloats(src_.row(r), int64_t{size_.width} * channels, state_.padded);
+      toFloats(src_.row(r), int64_t{size_.width} * channels, state_.paddedRow());
       filterRow<channels>(state_, size_.width, state_.ringRow(r));
     });
     sampleRow_(state_.whole, state_.pair[row % 2]);

@@ -61,36 +61,32 @@ LayerPath pathOf(const Kernel<K>& kernel, float rate) {
   return kernel.isBinomial() ? LayerPath::kHalvingBinomial : LayerPath::kHalving;
 }
 
-// Places the arrays behind the state.
-void placeArrays(PyramidLayerState& state, Carver carver) {
+// Takes the places of a state and of its arrays, which are stored in `state`; returns its own.
+PyramidLayerState* place(PyramidLayerState& state, Carver& memory) {
+  auto* own = memory.take<PyramidLayerState>(1, alignof(PyramidLayerState));
   const int64_t row = int64_t{state.base.width} * state.channels, pad = int64_t{state.reach()} * state.channels;
-  state.stride = (row + kLineFloats - 1) / kLineFloats * kLineFloats;
-  const auto floats = [&carver](int64_t n) { return carver.take<float>(static_cast<size_t>(n), kLine); };
-  state.ring = floats(state.stride * state.ringRows());
+  state.stride = roundUp(row, kLineFloats);
+  const auto floats = [&memory](Bytes n) { return memory.take<float>(n, kLine); };
+  state.ring = floats(Bytes(state.stride) * state.ringRows());
   state.whole = floats(row);
   for (float*& r : state.pair) r = floats(row);
-  state.padded = floats(row + 2 * pad) + pad;
+  state.padded = floats(pad + row + pad);
   state.share = floats(row);
-  state.from = carver.take<int32_t>(static_cast<size_t>(row), kLine);
+  state.from = memory.take<int32_t>(row, kLine);
   state.taps = floats(state.tapCount);
-  state.tapRows = carver.take<const float*>(static_cast<size_t>(state.tapCount), sizeof(float*));
-}
-
-// Not less than the arrays take.
-int64_t blockBytes(const PyramidLayerState& state) {
-  const int64_t row = int64_t{state.base.width} * state.channels + kLineFloats;
-  const int64_t pads = int64_t{state.tapCount} * state.channels;
-  const int64_t words = row * (state.ringRows() + 6) + pads + state.tapCount + 2 * kLineFloats;
-  return words * 4 + int64_t{state.tapCount} * int64_t{sizeof(float*)} + 2 * kLine + int64_t{sizeof state};
+  state.tapRows = memory.take<const float*>(state.tapCount, sizeof(float*));
+  return own;
 }
 
 template <class K>
-Status makeState(PyramidLayerState** result, const PyramidLayerState& settings, const Kernel<K>& kernel) {
-  if (blockBytes(settings) > INT32_MAX) return ErrNoMemory;
-  auto* state = static_cast<PyramidLayerState*>(allocBytes(static_cast<int32_t>(blockBytes(settings))));
-  if (state == nullptr) return ErrNoMemory;
+Status makeState(PyramidLayerState** result, PyramidLayerState settings, const Kernel<K>& kernel) {
+  Carver measure = Carver::measuring();
+  place(settings, measure);
+  void* block = allocate(measure.size());
+  if (block == nullptr) return ErrNoMemory;
+  Carver memory(block, measure.size());
+  PyramidLayerState* state = place(settings, memory);
   *state = settings;
-  placeArrays(*state, Carver(state + 1));
   copyNormalised(kernel, state->taps);
   *result = state;
   return kernel.isSymmetric() ? StatusOk : WarnKernelNotSymmetric;

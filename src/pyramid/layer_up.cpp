@@ -36,7 +36,7 @@ class Expansion {
     if (row <= provided_) return;
     provided_ = row;
     toFloats(src_.row(row), int64_t{size_.width} * channels, state_.whole);
-    sampleRow_(state_.whole, state_.padded);
+    sampleRow_(state_.whole, state_.paddedRow());
     filterRow<channels>(state_, result_.width, state_.pair[row % 2]);
   }
 
