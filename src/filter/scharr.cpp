@@ -1,11 +1,11 @@
 // Scharr derivatives with borders.
 #include "filter/scharr.h"
 
-#include "core/checks.h"
-#include "filter/buffer_size.h"
+#include "core/query.h"
+#include "core/runs.h"
 #include "zvpcv/filter.h"
 
-namespace zvp {
+namespace zvp::filter {
 namespace {
 
 constexpr bool scharrAccepts(BorderType type) {
@@ -17,18 +17,14 @@ constexpr bool scharrAccepts(BorderType type) {
 
 constexpr float kUnscaled = 1.0f;
 
-// Work memory: a row of the border constant, columns -1 .. width.
-constexpr int64_t constantRowBytes(RoiSize roi) { return (int64_t{roi.width} + 2) * int64_t{sizeof(float)}; }
-
 template <Derivative kind>
 Status scharr(Rows<const float> src, Rows<float> dst, RoiSize roi, BorderType type, float value, uint8_t* buffer) {
-  if (Status s = firstFailure(nonNull(src), nonNull(dst), nonNull(buffer), nonEmpty(roi), rowsFit(roi.width, src, dst),
+  if (Status s = firstFailure(nonNull(src, dst, buffer), nonEmpty(roi), rowsFit(roi.width, src, dst),
                               wholeElements(src, dst), check(scharrAccepts(type), ErrBadArg)))
     return s;
   const AxisBorder across = horizontalBorder(type), down = verticalBorder(type);
   auto* constant = reinterpret_cast<float*>(buffer);
-  if (borderMode(type) == BorderConstant)
-    for (int64_t x = 0; x < int64_t{roi.width} + 2; ++x) simd::store(constant + x, value);
+  if (borderMode(type) == BorderConstant) fillRun(constant, roi.width + 2, value);
   const auto rowAt = [&](int64_t y) -> const float* {
     const int64_t from = sourceCoordinate(y, roi.height, down);
     return from == kNoSource ? constant + 1 : src.row(from);
@@ -41,27 +37,32 @@ Status scharr(Rows<const float> src, Rows<float> dst, RoiSize roi, BorderType ty
   return StatusOk;
 }
 
-}  // namespace
-}  // namespace zvp
+Status reportScharrSize(RoiSize roi, int* size) {
+  return reportSize(firstFailure(nonNull(size), nonEmpty(roi)), scharrBufferSize(roi), size);
+}
 
-using zvp::Derivative, zvp::Rows;
+}  // namespace
+}  // namespace zvp::filter
+
+using namespace zvp::filter;
+using zvp::Rows;
 
 Status zvpiFilterScharrHorizBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
                                            BorderType borderType, float borderValue, uint8_t* pBuffer) {
-  return zvp::scharr<Derivative::kAlongX>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, borderType, borderValue,
-                                          pBuffer);
+  return scharr<Derivative::kAlongX>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, borderType, borderValue,
+                                     pBuffer);
 }
 
 Status zvpiFilterScharrVertBorder_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
                                           BorderType borderType, float borderValue, uint8_t* pBuffer) {
-  return zvp::scharr<Derivative::kAlongY>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, borderType, borderValue,
-                                          pBuffer);
+  return scharr<Derivative::kAlongY>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, borderType, borderValue,
+                                     pBuffer);
 }
 
 Status zvpiFilterScharrHorizBorderGetBufferSize_32f_C1R(RoiSize roiSize, int* pBufferSize) {
-  return zvp::bufferSize(roiSize, 1, zvp::constantRowBytes(roiSize), pBufferSize);
+  return reportScharrSize(roiSize, pBufferSize);
 }
 
 Status zvpiFilterScharrVertBorderGetBufferSize_32f_C1R(RoiSize roiSize, int* pBufferSize) {
-  return zvp::bufferSize(roiSize, 1, zvp::constantRowBytes(roiSize), pBufferSize);
+  return reportScharrSize(roiSize, pBufferSize);
 }

@@ -1,11 +1,15 @@
 // Scharr derivatives of an image, row by row.
 #pragma once
 
+#include "core/bytes.h"
 #include "core/rows.h"
 #include "filter/border.h"
 #include "simd/walk.h"
 
-namespace zvp {
+namespace zvp::filter {
+
+// The filters' work memory: a row of the border constant, columns -1 .. width.
+constexpr Bytes scharrBufferSize(RoiSize roi) { return (Bytes(roi.width) + 2) * int64_t{sizeof(float)}; }
 
 enum class Derivative { kAlongX, kAlongY };
 
@@ -58,4 +62,4 @@ void scharrRow(const ThreeRows<S>& rows, const RowEnds& ends, int width, float s
   atEnd(last - 1, last, ends.right);
 }
 
-}  // namespace zvp
+}  // namespace zvp::filter

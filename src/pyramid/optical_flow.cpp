@@ -73,11 +73,13 @@ class LevelTracker {
       : level_(level), windows_(windows), derivatives_(derivatives), winSize_(winSize) {
     const auto width = static_cast<ptrdiff_t>(level.size.width);
     for (int y = 0; y < level.size.height; ++y) {
-      const ThreeRows<T> rows{level.previous.row(std::max(y - 1, 0)), level.previous.row(y),
-                              level.previous.row(std::min(y + 1, level.size.height - 1))};
-      const RowEnds ends{0, width - 1, 0.0f};
-      scharrRow<Derivative::kAlongX>(rows, ends, level.size.width, kDerivativeScale, derivatives.dx + y * width);
-      scharrRow<Derivative::kAlongY>(rows, ends, level.size.width, kDerivativeScale, derivatives.dy + y * width);
+      const filter::ThreeRows<T> rows{level.previous.row(std::max(y - 1, 0)), level.previous.row(y),
+                                      level.previous.row(std::min(y + 1, level.size.height - 1))};
+      const filter::RowEnds ends{0, width - 1, 0.0f};
+      filter::scharrRow<filter::Derivative::kAlongX>(rows, ends, level.size.width, kDerivativeScale,
+                                                     derivatives.dx + y * width);
+      filter::scharrRow<filter::Derivative::kAlongY>(rows, ends, level.size.width, kDerivativeScale,
+                                                     derivatives.dy + y * width);
     }
   }
 

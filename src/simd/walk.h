@@ -11,7 +11,8 @@
 //   coverRow<T>(n, f)
 //       registers, the last one overlapping the one before it, so that no row of at least 16 bytes has a tail of single
 //       elements: the faster one on short rows, where f does not care about being applied twice. If f returns a bool,
-//       false ends the walk, and coverRow returns false.
+//       false ends the walk, and coverRow returns false. coverRow<T, kPacks>(n, f) calls <N, kPacks>(i) for kPacks
+//       registers at once where they fit.
 //   forEachStretch<N>(first, end, f)
 //       f.template operator()<N>(i, stop) once for all whole packs, then <1>(stop, end): for loops that carry something
 //       from pack to pack in a register, as prefix sums do.
@@ -52,13 +53,13 @@ ZVP_INLINE void transformRow(int n, F f, T* dst, const S*... src) {
   transformRowBy<lanes<T>>(n, f, dst, src...);
 }
 
-template <class T, class F>
+template <class T, int kPacks, class Index, class F>
 struct Cover {
   F f;
-  int skew;
+  Index skew;
 
   template <int N>
-  ZVP_INLINE bool call(int i) const {
+  ZVP_INLINE bool call(Index i) const {
     if constexpr (std::is_void_v<decltype(f.template operator()<N>(i))>) {
       f.template operator()<N>(i);
       return true;
@@ -68,14 +69,16 @@ struct Cover {
   }
 
   template <int N>
-  ZVP_INLINE bool over(int n) const {
+  ZVP_INLINE bool over(Index n) const {
     if constexpr (N == 1) {
-      for (int i = 0; i < n; ++i)
+      for (Index i = 0; i < n; ++i)
         if (!call<1>(i)) return false;
       return true;
     } else if (n >= N) {
       if (skew > 0 && !call<N>(0)) return false;
-      int i = skew;
+      Index i = skew;
+      if constexpr (kPacks > 1)
+        for (; i <= n - kPacks * N; i += kPacks * N) f.template operator()<N, kPacks>(i);
       for (; i <= n - N; i += N)
         if (!call<N>(i)) return false;
       return i >= n || call<N>(n - N);
@@ -86,9 +89,9 @@ struct Cover {
 };
 
 // All packs but the first and the last start `skew` elements (less than a pack) behind a multiple of the pack.
-template <class T, class F>
-ZVP_INLINE bool coverRow(int n, F f, int skew = 0) {
-  return Cover<T, F>{f, skew}.template over<lanes<T>>(n);
+template <class T, int kPacks = 1, class Index, class F>
+ZVP_INLINE bool coverRow(Index n, F f, std::type_identity_t<Index> skew = 0) {
+  return Cover<T, kPacks, Index, F>{f, skew}.template over<lanes<T>>(n);
 }
 
 template <int N, class F>
