@@ -63,6 +63,12 @@ TEST(Simd, Conversions) {
     const Elements<int32_t, N> rounded(convert<int32_t>(load<Pack<double, N>>(halves)));
     for (int i = 0; i < N; ++i) EXPECT_EQ(rounded.v[i], even[i]);
   });
+  forWidths<4, lanes<float>>([]<int N>(Width<N>) {
+    Elements<float, N> quarters(0);
+    for (int i = 0; i < N; ++i) quarters.v[i] = 0.25f * static_cast<float>(7 * i - 20);
+    const Elements<int32_t, N> rounded(nearest(quarters.pack()));
+    for (int i = 0; i < N; ++i) EXPECT_EQ(rounded.v[i], std::nearbyint(quarters.v[i]));
+  });
 }
 
 TEST(Simd, LoadsThatWiden) {
@@ -176,6 +182,21 @@ TEST(Simd, SaturatedSums) {
   });
 }
 
+TEST(Simd, ProductsOfNeighbours) {
+  forWidths<16, lanes<uint8_t>>([]<int N>(Width<N>) {
+    const Elements<uint8_t, N> bytes(1);
+    Elements<int8_t, N> factors(2);
+    for (int8_t& f : factors.v) f /= 2;  // so that no sum of two exceeds 16 bits
+    const Elements<int16_t, N / 2> a(3), b(4);
+    const Elements<int16_t, N / 2> sums(
+        Pack<int16_t, N / 2>(mulAddBytes(bytes.pack(), Pack<uint8_t, N>(factors.pack()))));
+    const Elements<int32_t, N / 4> wideSums(Pack<int32_t, N / 4>(mulAddWords(a.pack(), b.pack())));
+    for (int i = 0; i < N; i += 2)
+      ASSERT_EQ(sums.v[i / 2], bytes.v[i] * factors.v[i] + bytes.v[i + 1] * factors.v[i + 1]);
+    for (int i = 0; i < N / 2; i += 2) ASSERT_EQ(wideSums.v[i / 2], a.v[i] * b.v[i] + a.v[i + 1] * b.v[i + 1]);
+  });
+}
+
 TEST(Simd, PartsOfPacksTouchNothingElse) {
   constexpr int N = lanes<float>;
   for (int first = 0; first <= N; ++first)
@@ -231,7 +252,7 @@ TEST(Simd, FloatOperations) {
 
 template <int N, int channels>
 void expectPhasesAt() {
-  float from[5 * N];  // more than any pack of these reads
+  float from[6 * N];  // more than any pack of these reads
   Values<float> values(N);
   for (float& v : from) v = values();
   const Phases<N> phases = loadPhases<N, channels>(from);
@@ -261,11 +282,13 @@ void expectChannelPairsAt() {
 }
 
 TEST(Simd, Interleaving) {
+  expectPhasesAt<1, 1>();
   expectPhasesAt<4, 1>();
   expectPhasesAt<8, 1>();
   expectPhasesAt<lanes<float>, 1>();
   expectPhasesAt<4, 3>();
-  if constexpr (lanes<float> == 16) expectPhasesAt<lanes<float>, 3>();
+  expectPhasesAt<8, 3>();
+  expectPhasesAt<lanes<float>, 3>();
   expectChannelPairsAt<16>();
   expectChannelPairsAt<lanes<uint8_t>>();
 }
@@ -298,15 +321,31 @@ TEST(Simd, BytesAsWords) {
       });
 }
 
-TEST(Simd, PairProducts) {
+// Element i of the words that two packs stand for: of each group of eight, low has the first half.
+template <int N>
+int32_t at(const Halves<N>& v, int i) {
+  return (i % 8 < 4 ? v.low : v.high)[i / 8 * 4 + i % 4];
+}
+
+TEST(Simd, FixedPoint) {
   forWidths<8, lanes<int16_t>>([]<int N>(Width<N>) {
     const Elements<int16_t, N> a(1), b(2);
-    constexpr int kFirst = -300, kSecond = 7, kGroup = 8;  // of each group of words, low has the first half
+    constexpr int kFirst = -300, kSecond = 7, kShift = 3;
     const auto factors = broadcast<int32_t, N / 2>(static_cast<int32_t>((kFirst & 0xffff) | kSecond << 16));
-    const Halves<N> sums = pairProducts<N>(pairs<N>(a.pack(), b.pack()), factors);
+    const Halves<N> sums = pairProducts<N>(a.pack(), b.pack(), factors), wide = widen<N>(a.pack());
+    const Halves<N> fullProducts = products<N>(a.pack(), b.pack());
+    const Elements<int16_t, N> words(narrow<N>(sums)), shifted(shiftRight(a.pack(), kShift));
+    const Elements<uint8_t, N> bytes(narrow<uint8_t, N>(a.pack()));
+    const Elements<int8_t, N> signedBytes(narrow<int8_t, N>(a.pack()));
     for (int i = 0; i < N; ++i) {
-      const int at = i / kGroup * kGroup / 2 + i % (kGroup / 2);
-      EXPECT_EQ((i % kGroup < kGroup / 2 ? sums.low : sums.high)[at], a.v[i] * kFirst + b.v[i] * kSecond);
+      const int sum = a.v[i] * kFirst + b.v[i] * kSecond;
+      EXPECT_EQ(at<N>(sums, i), sum);
+      EXPECT_EQ(at<N>(wide, i), a.v[i]);
+      EXPECT_EQ(at<N>(fullProducts, i), a.v[i] * b.v[i]);
+      EXPECT_EQ(words.v[i], std::clamp<int>(sum, INT16_MIN, INT16_MAX));
+      EXPECT_EQ(shifted.v[i], a.v[i] >> kShift);
+      EXPECT_EQ(bytes.v[i], std::clamp<int>(a.v[i], 0, UINT8_MAX));
+      EXPECT_EQ(signedBytes.v[i], std::clamp<int>(a.v[i], INT8_MIN, INT8_MAX));
     }
   });
 }
