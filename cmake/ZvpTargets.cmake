@@ -36,8 +36,9 @@ function(zvp_shared_library target version_script)
                SOVERSION ${PROJECT_VERSION_MAJOR}
                LINKER_LANGUAGE C
                LINK_DEPENDS ${version_script})
+  # Its calls of itself bind inside it; all others when it is loaded, so that none writes to its own memory.
   target_link_options(${target} PRIVATE -Wl,--version-script=${version_script} -Wl,--as-needed
-                                            -Wl,-Bsymbolic-functions)
+                                            -Wl,-Bsymbolic-functions -Wl,-z,relro -Wl,-z,now)
   if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()
