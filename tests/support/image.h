@@ -201,8 +201,8 @@ template <class T, class Expected>
   return ::testing::AssertionSuccess();
 }
 
-// Values of T that find faults: all bits random, or one of the type's extremes; floats with infinities, signed zeros
-// and one NaN.
+// Values of T that find faults: all bits random, or one of the type's extremes; floats with infinities, signed zeros,
+// subnormal numbers and one NaN.
 template <class T>
 class Values {
  public:
@@ -211,8 +211,9 @@ class Values {
   T operator()() {
     const uint64_t bits = engine_();
     if constexpr (std::is_floating_point_v<T>) {
-      constexpr T kInf = std::numeric_limits<T>::infinity(), kNan = std::numeric_limits<T>::quiet_NaN();
-      constexpr T kSpecial[] = {kInf, -kInf, T(0), -T(0), kNan, std::numeric_limits<T>::max()};
+      using Limits = std::numeric_limits<T>;
+      constexpr T kInf = Limits::infinity(), kNan = Limits::quiet_NaN(), kSubnormal = Limits::min() / 3;
+      constexpr T kSpecial[] = {kInf, -kInf, 0, -T(0), kNan, Limits::max(), Limits::denorm_min(), -kSubnormal};
       if (bits % 16 == 0) return kSpecial[bits / 16 % std::size(kSpecial)];
       return static_cast<T>(static_cast<int32_t>(bits >> 32)) / static_cast<T>(1 << (bits % 31));
     } else {
