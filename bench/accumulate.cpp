@@ -3,27 +3,29 @@
 #include "cases.h"
 #include "plain_accumulate.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
 
-// The accumulator is read and written: it counts twice.
 template <class T>
 struct Operands {
   explicit Operands(RoiSize size)
       : a(randomImage<T>(size.width, size.height, 1)),
         b(randomImage<T>(size.width, size.height, 2)),
-        mask(randomImage<std::uint8_t>(size.width, size.height, 3)),
-        acc(size.width, size.height),
-        expected(size.width, size.height) {
+        mask(randomImage<std::uint8_t>(size.width, size.height, 3)) {
     for (int y = 0; y < size.height; ++y)
       for (int x = 0; x < size.width; ++x) mask.row(y)[x] &= 1;
   }
-  bool agree() const { return same(acc, expected); }
 
   Image<T> a, b;
   Image<std::uint8_t> mask;
-  Image<float> acc, expected;
 };
+
+// The accumulator is read, too.
+template <class Library, class Plain>
+Work accumulates(RoiSize size, std::size_t sourceBytes, Library library, Plain plain) {
+  const std::size_t accumulatorBytes = std::size_t(size.width) * std::size_t(size.height) * sizeof(float);
+  return fills<float>(size.width, size.height, sourceBytes + accumulatorBytes, library, plain);
+}
 
 constexpr float kAlpha = 0.25f;
 template <class... Alpha>
@@ -32,60 +34,52 @@ constexpr float kWeight = sizeof...(Alpha) > 0 ? kAlpha : 1.0f;
 template <class Operation, class T, class... Alpha>
 Work inPlace(Status (*function)(const T*, int, float*, int, RoiSize, Alpha...), RoiSize size) {
   const Operands<T> o(size);
-  return {.library = [=] { function(o.a.data(), o.a.step, o.acc.data(), o.acc.step, size, Alpha{kAlpha}...); },
-          .plain = [=] { plain::accumulate<Operation>(o.a, o.b, o.expected, kWeight<Alpha...>); },
-          .bytes = o.a.bytes() + 2 * o.acc.bytes(),
-          .agree = [=] { return o.agree(); }};
+  return accumulates(
+      size, o.a.bytes(),
+      [=](const auto& acc) { function(o.a.data(), o.a.step, acc.data(), acc.step, size, Alpha{kAlpha}...); },
+      [=](const auto& acc) { plain::accumulate<Operation>(o.a, o.b, acc, kWeight<Alpha...>); });
 }
 
 template <class Operation, class T, class... Alpha>
 Work masked(Status (*function)(const T*, int, const std::uint8_t*, int, float*, int, RoiSize, Alpha...), RoiSize size) {
   const Operands<T> o(size);
-  return {.library =
-              [=] {
-                function(o.a.data(), o.a.step, o.mask.data(), o.mask.step, o.acc.data(), o.acc.step, size,
-                         Alpha{kAlpha}...);
-              },
-          .plain = [=] { plain::accumulateMasked<Operation>(o.a, o.b, o.mask, o.expected, kWeight<Alpha...>); },
-          .bytes = o.a.bytes() + o.mask.bytes() + 2 * o.acc.bytes(),
-          .agree = [=] { return o.agree(); }};
+  return accumulates(
+      size, o.a.bytes() + o.mask.bytes(),
+      [=](const auto& acc) {
+        function(o.a.data(), o.a.step, o.mask.data(), o.mask.step, acc.data(), acc.step, size, Alpha{kAlpha}...);
+      },
+      [=](const auto& acc) { plain::accumulateMasked<Operation>(o.a, o.b, o.mask, acc, kWeight<Alpha...>); });
 }
 
 template <class T>
 Work product(Status (*function)(const T*, int, const T*, int, float*, int, RoiSize), RoiSize size) {
   const Operands<T> o(size);
-  return {.library = [=] { function(o.a.data(), o.a.step, o.b.data(), o.b.step, o.acc.data(), o.acc.step, size); },
-          .plain = [=] { plain::accumulate<plain::AddProduct>(o.a, o.b, o.expected, 1.0f); },
-          .bytes = 2 * o.a.bytes() + 2 * o.acc.bytes(),
-          .agree = [=] { return o.agree(); }};
+  return accumulates(
+      size, 2 * o.a.bytes(),
+      [=](const auto& acc) { function(o.a.data(), o.a.step, o.b.data(), o.b.step, acc.data(), acc.step, size); },
+      [=](const auto& acc) { plain::accumulate<plain::AddProduct>(o.a, o.b, acc, 1.0f); });
 }
 
 template <class T>
 Work maskedProduct(Status (*function)(const T*, int, const T*, int, const std::uint8_t*, int, float*, int, RoiSize),
                    RoiSize size) {
   const Operands<T> o(size);
-  return {.library =
-              [=] {
-                function(o.a.data(), o.a.step, o.b.data(), o.b.step, o.mask.data(), o.mask.step, o.acc.data(),
-                         o.acc.step, size);
-              },
-          .plain = [=] { plain::accumulateMasked<plain::AddProduct>(o.a, o.b, o.mask, o.expected, 1.0f); },
-          .bytes = 2 * o.a.bytes() + o.mask.bytes() + 2 * o.acc.bytes(),
-          .agree = [=] { return o.agree(); }};
+  return accumulates(
+      size, 2 * o.a.bytes() + o.mask.bytes(),
+      [=](const auto& acc) {
+        function(o.a.data(), o.a.step, o.b.data(), o.b.step, o.mask.data(), o.mask.step, acc.data(), acc.step, size);
+      },
+      [=](const auto& acc) { plain::accumulateMasked<plain::AddProduct>(o.a, o.b, o.mask, acc, 1.0f); });
 }
 
 Work averageOfTwo(decltype(zvpiAddWeighted_32f_C1R)* function, RoiSize size) {
   const Operands<float> o(size);
-  return {
-      .library = [=] { function(o.a.data(), o.a.step, o.b.data(), o.b.step, o.acc.data(), o.acc.step, size, kAlpha); },
-      .plain =
-          [=] {
-            for (int y = 0; y < size.height; ++y)
-              for (int x = 0; x < size.width; ++x)
-                o.expected.row(y)[x] = plain::AddWeighted::update(o.b.row(y)[x], o.a.row(y)[x], 0, kAlpha);
-          },
-      .bytes = 3 * o.acc.bytes(),
-      .agree = [=] { return o.agree(); }};
+  return fills<float>(
+      size.width, size.height, 2 * o.a.bytes(),
+      [=](const auto& dst) {
+        function(o.a.data(), o.a.step, o.b.data(), o.b.step, dst.data(), dst.step, size, kAlpha);
+      },
+      [=](const auto& dst) { plain::average(o.a, o.b, dst, kAlpha); });
 }
 
 #define ZVP_ONE_SOURCE(operation, types)                                 \
@@ -118,4 +112,4 @@ std::vector<Case> accumulateCases() {
   };
 }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS

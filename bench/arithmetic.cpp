@@ -3,29 +3,27 @@
 #include "cases.h"
 #include "plain_arithmetic.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
 
 template <int channels, class T>
 Work absDiff(Status (*function)(const T*, int, const T*, int, T*, int, RoiSize), RoiSize size) {
   const int width = size.width * channels;
   const auto a = randomImage<T>(width, size.height, 1), b = randomImage<T>(width, size.height, 2);
-  const Image<T> dst(width, size.height), expected(width, size.height);
-  return {.library = [=] { function(a.data(), a.step, b.data(), b.step, dst.data(), dst.step, size); },
-          .plain = [=] { plain::absDiff(a, b, expected); },
-          .bytes = a.bytes() + b.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<T>(
+      width, size.height, a.bytes() + b.bytes(),
+      [=](const auto& dst) { function(a.data(), a.step, b.data(), b.step, dst.data(), dst.step, size); },
+      [=](const auto& dst) { plain::absDiff(a, b, dst); });
 }
 
 template <class T, class Value>
 Work absDiffC(Status (*function)(const T*, int, T*, int, RoiSize, Value), RoiSize size) {
   constexpr T kValue = 100;
   const auto src = randomImage<T>(size.width, size.height, 1);
-  const Image<T> dst(size.width, size.height), expected(size.width, size.height);
-  return {.library = [=] { function(src.data(), src.step, dst.data(), dst.step, size, kValue); },
-          .plain = [=] { plain::absDiffC(src, expected, kValue); },
-          .bytes = src.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<T>(
+      size.width, size.height, src.bytes(),
+      [=](const auto& dst) { function(src.data(), src.step, dst.data(), dst.step, size, kValue); },
+      [=](const auto& dst) { plain::absDiffC(src, dst, kValue); });
 }
 
 }  // namespace
@@ -39,4 +37,4 @@ std::vector<Case> arithmeticCases() {
   };
 }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS

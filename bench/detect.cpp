@@ -4,7 +4,7 @@
 #include "cases.h"
 #include "plain_detect.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
 
 using plain::FloatArithmetic, plain::ScaledArithmetic, plain::Stage, plain::Stump;
@@ -230,10 +230,11 @@ void addObjectCases(std::vector<Case>& cases, const std::string& suffix) {
   const auto add = [&](const std::string& name, Work (*make)()) {
     cases.push_back({name, [make](RoiSize) { return make(); }});
   };
-  add("zvpiHaarClassifierInitAlloc" + suffix + " + Free", [] { return initAllocAndFree<V>(functions<V>.initAlloc); });
-  add("zvpiTiltedHaarClassifierInitAlloc" + suffix + " + Free",
+  add("zvpiHaarClassifierInitAlloc" + suffix + ", with Free",
+      [] { return initAllocAndFree<V>(functions<V>.initAlloc); });
+  add("zvpiTiltedHaarClassifierInitAlloc" + suffix + ", with Free",
       [] { return initAllocAndFree<V>(functions<V>.initAllocTilted); });
-  add("InitAlloc + zvpiTiltHaarFeatures" + suffix + " + Free", initAllocTiltAndFree<V>);
+  add("zvpiTiltHaarFeatures" + suffix + ", with InitAlloc and Free", initAllocTiltAndFree<V>);
   add("zvpiGetHaarClassifierSize" + suffix, getSize<V>);
 }
 
@@ -242,24 +243,22 @@ void addObjectCases(std::vector<Case>& cases, const std::string& suffix) {
 std::vector<Case> detectCases() {
   using FromFloats = FloatArithmetic<float>;
   using FromIntegers = FloatArithmetic<std::int32_t>;
-  std::vector<Case> cases = {
+  return {
       ZVP_CASE(apply<FromFloats>, zvpiApplyHaarClassifier_32f_C1R),
-      ZVP_CASE((apply<FromFloats, Selection::kSparse>), zvpiApplyHaarClassifier_32f_C1R),
+      ZVP_CASE_OF((apply<FromFloats, Selection::kSparse>), zvpiApplyHaarClassifier_32f_C1R, ", sparse"),
       ZVP_CASE(apply<FromIntegers>, zvpiApplyHaarClassifier_32s32f_C1R),
       ZVP_CASE(apply<ScaledArithmetic>, zvpiApplyHaarClassifier_32s_C1RSfs),
       ZVP_CASE(applyMixed<FromFloats>, zvpiApplyMixedHaarClassifier_32f_C1R),
       ZVP_CASE(applyMixed<FromIntegers>, zvpiApplyMixedHaarClassifier_32s32f_C1R),
       ZVP_CASE(applyMixed<ScaledArithmetic>, zvpiApplyMixedHaarClassifier_32s_C1RSfs),
   };
-  cases[1].name += " sparse";
-  return cases;
 }
 
-std::vector<Case> detectObjectCases() {
+std::vector<Case> objectCases() {
   std::vector<Case> cases;
   addObjectCases<float>(cases, "_32f");
   addObjectCases<std::int32_t>(cases, "_32s");
   return cases;
 }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS

@@ -3,21 +3,20 @@
 #include "cases.h"
 #include "plain_distance.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
 
 // --- Distance transforms ---------------------------------------------------------------------------------------------
 
 // Zero pixels at random, one in `every`.
-Image<std::uint8_t> sprinkled(RoiSize size, unsigned every) {
+template <unsigned every>
+Image<std::uint8_t> sprinkled(RoiSize size) {
   const auto noise = randomImage<std::uint32_t>(size.width, size.height, 1);
   const Image<std::uint8_t> image(size.width, size.height);
   for (int y = 0; y < size.height; ++y)
     for (int x = 0; x < size.width; ++x) image.row(y)[x] = noise.row(y)[x] % every == 0 ? 0 : 1;
   return image;
 }
-
-constexpr unsigned kEvery = 1000;
 
 // Discs, as a mask of coins has them.
 Image<std::uint8_t> discs(RoiSize size) {
@@ -36,43 +35,41 @@ Work chamfer(Status (*function)(const std::uint8_t*, int, T*, int, RoiSize, cons
   constexpr M kWeights[] = {M(5), M(7), M(11)};
   constexpr M kFloats[] = {M(1.0f), M(1.4f), M(2.1969f)};
   const M* weights = std::is_same_v<M, float> ? kFloats : kWeights;
-  const auto src = sprinkled(size, kEvery);
-  const Image<T> dst(size.width, size.height), expected(size.width, size.height);
+  const auto src = sprinkled<1000>(size);
   const std::vector<M> w(weights, weights + 3);
-  return {.library = [=] { function(src.data(), src.step, dst.data(), dst.step, size, w.data()); },
-          .plain = [=] { plain::chamfer<knights>(src, expected, w.data()); },
-          .bytes = src.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<T>(
+      size.width, size.height, src.bytes(),
+      [=](const auto& dst) { function(src.data(), src.step, dst.data(), dst.step, size, w.data()); },
+      [=](const auto& dst) { plain::chamfer<knights>(src, dst, w.data()); });
 }
 
 template <bool knights, class Function>
 Work inPlaceChamfer(Function function, RoiSize size) {
-  const auto src = sprinkled(size, kEvery);
-  const Image<std::uint8_t> dst(size.width, size.height), expected(size.width, size.height);
+  const auto src = sprinkled<1000>(size);
   const std::vector<std::int32_t> w = {5, 7, 11};
-  return {.library =
-              [=] {
-                std::memcpy(dst.data(), src.data(), std::size_t(src.step) * std::size_t(src.height));
-                function(dst.data(), dst.step, size, w.data());
-              },
-          .plain = [=] { plain::chamfer<knights>(src, expected, w.data()); },
-          .bytes = src.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<std::uint8_t>(
+      size.width, size.height, src.bytes(),
+      [=](const auto& dst) {
+        copyPixels(src, dst);
+        function(dst.data(), dst.step, size, w.data());
+      },
+      [=](const auto& dst) { plain::chamfer<knights>(src, dst, w.data()); });
 }
 
-Work trueDistance(const Image<std::uint8_t>& src, RoiSize size) {
-  const Image<float> dst(size.width, size.height), expected(size.width, size.height);
+template <Image<std::uint8_t> draw(RoiSize)>
+Work trueDistance(decltype(zvpiTrueDistanceTransform_8u32f_C1R)* function, RoiSize size) {
+  const auto src = draw(size);
   int bytes = 0;
   zvpiTrueDistanceTransformGetBufferSize_8u32f_C1R(size, &bytes);
   const Image<std::uint8_t> buffer(bytes, 1);
-  return {
-      .library =
-          [=] { zvpiTrueDistanceTransform_8u32f_C1R(src.data(), src.step, dst.data(), dst.step, size, buffer.data()); },
-      .plain = [=] { plain::trueDistance(src, expected); },
-      .bytes = src.bytes() + dst.bytes(),
-      .agree = [=] { return same(dst, expected); }};
+  return fills<float>(
+      size.width, size.height, src.bytes(),
+      [=](const auto& dst) { function(src.data(), src.step, dst.data(), dst.step, size, buffer.data()); },
+      [=](const auto& dst) { plain::trueDistance(src, dst); });
 }
 
+#define ZVP_TRUE_DISTANCE(draw, description) \
+  ZVP_CASE_OF(trueDistance<draw>, zvpiTrueDistanceTransform_8u32f_C1R, ", " description)
 #define ZVP_CHAMFER(kernel, knights)                                               \
   ZVP_CASE(chamfer<knights>, zvpiDistanceTransform_##kernel##_8u_C1R),             \
       ZVP_CASE(inPlaceChamfer<knights>, zvpiDistanceTransform_##kernel##_8u_C1IR), \
@@ -100,84 +97,74 @@ Image<T> picture(Picture kind, int channels, RoiSize size) {
   return image;
 }
 
+constexpr int kNewValue = 250, kDelta = 8;
+
+// An argument that is one value, or a pointer to three of them.
+template <class Argument, int value>
+Argument argument() {
+  using T = std::remove_const_t<std::remove_pointer_t<Argument>>;
+  static constexpr T kValues[] = {value, value, value};
+  if constexpr (std::is_pointer_v<Argument>) {
+    return kValues;
+  } else {
+    return kValues[0];
+  }
+}
+
 template <Picture kind, int connectivity, int channels, class T, class Call, class Links>
 Work fill(Call call, Links links, RoiSize size) {
   const auto original = picture<T>(kind, channels, size);
-  const Image<T> image(original.width, size.height), expected(size.width, size.height);
   const Image<std::uint8_t> visited(size.width, size.height);
   int bytes = 0;
   zvpiFloodFillGetSize_Grad(size, &bytes);
   const Image<std::uint8_t> buffer(bytes, 1);
-  const auto restore = [=](const Image<T>& to) {
-    std::memcpy(to.data(), original.data(), std::size_t(original.step) * std::size_t(original.height));
-  };
   const Point seed{size.width / 2 + 5, size.height / 2 + 5};
-  Work work{.library =
-                [=] {
-                  restore(image);
-                  ConnectedComponent region;
-                  call(image, size, seed, &region, buffer.data());
-                },
-            .plain = {},
-            .bytes = original.bytes() * 2};
-  if constexpr (channels == 1) {
-    work.plain = [=] {
-      restore(expected);
-      plain::floodFill<connectivity>(expected, visited, seed.x, seed.y, T(250), links);
-    };
-    work.agree = [=] { return same(image, expected); };
-  }
-  return work;
+  return fills<T>(
+      original.width, size.height, original.bytes(),
+      [=](const auto& image) {
+        copyPixels(original, image);
+        ConnectedComponent region;
+        call(image, seed, &region, buffer.data());
+      },
+      [=](const auto& image) {
+        copyPixels(original, image);
+        plain::floodFill<connectivity, channels>(image, visited, seed, T{kNewValue}, links);
+      });
 }
 
-// The values of one call: single ones, or three of each.
-template <int channels, class T>
-struct Values {
-  T v[3];
-  constexpr explicit Values(int value) : v{T(value), T(value), T(value)} {}
-  auto argument() const {
-    if constexpr (channels == 1) return v[0];
-    if constexpr (channels == 3) return &v[0];
-  }
-};
+template <class Argument>
+constexpr int kChannels = std::is_pointer_v<Argument> ? 3 : 1;
 
-template <Picture kind, int connectivity, int channels, class T, class Function>
-Work equalFill(Function function, RoiSize size) {
-  static constexpr Values<channels, T> kNew(250);
-  return fill<kind, connectivity, channels, T>(
-      [=](const Image<T>& image, RoiSize roi, Point seed, ConnectedComponent* region, std::uint8_t* buffer) {
-        function(image.data(), image.step, roi, seed, kNew.argument(), region, buffer);
+template <Picture kind, int connectivity, class T, class V>
+Work equalFill(Status (*function)(T*, int, RoiSize, Point, V, ConnectedComponent*, std::uint8_t*), RoiSize size) {
+  return fill<kind, connectivity, kChannels<V>, T>(
+      [=](const Image<T>& image, Point seed, ConnectedComponent* region, std::uint8_t* buffer) {
+        function(image.data(), image.step, size, seed, argument<V, kNewValue>(), region, buffer);
       },
       [](T p, T q) { return p == q; }, size);
 }
 
-constexpr int kDelta = 8;
-
-template <Picture kind, int connectivity, int channels, class T, class Function>
-Work nearFill(Function function, RoiSize size) {
-  static constexpr Values<channels, T> kNew(250), kDeltas(kDelta);
-  return fill<kind, connectivity, channels, T>(
-      [=](const Image<T>& image, RoiSize roi, Point seed, ConnectedComponent* region, std::uint8_t* buffer) {
-        function(image.data(), image.step, roi, seed, kNew.argument(), kDeltas.argument(), kDeltas.argument(), region,
-                 buffer);
+template <Picture kind, int connectivity, class T, class V>
+Work nearFill(Status (*function)(T*, int, RoiSize, Point, V, V, V, ConnectedComponent*, std::uint8_t*), RoiSize size) {
+  return fill<kind, connectivity, kChannels<V>, T>(
+      [=](const Image<T>& image, Point seed, ConnectedComponent* region, std::uint8_t* buffer) {
+        const V delta = argument<V, kDelta>();
+        function(image.data(), image.step, size, seed, argument<V, kNewValue>(), delta, delta, region, buffer);
       },
-      [](T p, T q) { return p >= q - T(kDelta) && p <= q + T(kDelta); }, size);
+      [](T p, T q) { return p >= q - T{kDelta} && p <= q + T{kDelta}; }, size);
 }
 
-#define ZVP_FILL(make, kind, con, channels, T, name, label)                                            \
-  Case {                                                                                               \
-    "zvpiFloodFill_" #name ", " label,                                                                 \
-        [](RoiSize size) { return make<Picture::kind, con, channels, T>(zvpiFloodFill_##name, size); } \
-  }
-#define ZVP_FILLS(suffix, channels, T)                                            \
-  ZVP_FILL(equalFill, kUniform, 4, channels, T, 4Con_##suffix, "uniform"),        \
-      ZVP_FILL(equalFill, kTwoLevel, 4, channels, T, 4Con_##suffix, "two-level"), \
-      ZVP_FILL(equalFill, kTwoLevel, 8, channels, T, 8Con_##suffix, "two-level"), \
-      ZVP_FILL(nearFill, kNoise, 4, channels, T, Range4Con_##suffix, "noise"),    \
-      ZVP_FILL(nearFill, kNoise, 8, channels, T, Range8Con_##suffix, "noise"),    \
-      ZVP_FILL(nearFill, kSlope, 4, channels, T, Grad4Con_##suffix, "slope"),     \
-      ZVP_FILL(nearFill, kSlope, 8, channels, T, Grad8Con_##suffix, "slope"),     \
-      ZVP_FILL(nearFill, kNoise, 4, channels, T, Grad4Con_##suffix, "noise")
+#define ZVP_FILL(make, kind, connectivity, function, description) \
+  ZVP_CASE_OF((make<Picture::kind, connectivity>), function, ", " description)
+#define ZVP_FILLS(suffix)                                                          \
+  ZVP_FILL(equalFill, kUniform, 4, zvpiFloodFill_4Con_##suffix, "uniform"),        \
+      ZVP_FILL(equalFill, kTwoLevel, 4, zvpiFloodFill_4Con_##suffix, "two-level"), \
+      ZVP_FILL(equalFill, kTwoLevel, 8, zvpiFloodFill_8Con_##suffix, "two-level"), \
+      ZVP_FILL(nearFill, kNoise, 4, zvpiFloodFill_Range4Con_##suffix, "noise"),    \
+      ZVP_FILL(nearFill, kNoise, 8, zvpiFloodFill_Range8Con_##suffix, "noise"),    \
+      ZVP_FILL(nearFill, kSlope, 4, zvpiFloodFill_Grad4Con_##suffix, "slope"),     \
+      ZVP_FILL(nearFill, kSlope, 8, zvpiFloodFill_Grad8Con_##suffix, "slope"),     \
+      ZVP_FILL(nearFill, kNoise, 4, zvpiFloodFill_Grad4Con_##suffix, "noise")
 
 }  // namespace
 
@@ -185,20 +172,17 @@ std::vector<Case> distanceCases() {
   return {
       ZVP_CHAMFER(3x3, false),
       ZVP_CHAMFER(5x5, true),
-      Case{"zvpiTrueDistanceTransform_8u32f_C1R, discs", [](RoiSize size) { return trueDistance(discs(size), size); }},
-      Case{"zvpiTrueDistanceTransform_8u32f_C1R, dense",
-           [](RoiSize size) { return trueDistance(sprinkled(size, 20), size); }},
-      Case{"zvpiTrueDistanceTransform_8u32f_C1R, medium",
-           [](RoiSize size) { return trueDistance(sprinkled(size, 300), size); }},
-      Case{"zvpiTrueDistanceTransform_8u32f_C1R, sparse",
-           [](RoiSize size) { return trueDistance(sprinkled(size, 3000), size); }},
-      ZVP_FILLS(8u_C1IR, 1, std::uint8_t),
-      ZVP_FILLS(8u_C3IR, 3, std::uint8_t),
-      ZVP_FILLS(16u_C1IR, 1, std::uint16_t),
-      ZVP_FILLS(16u_C3IR, 3, std::uint16_t),
-      ZVP_FILLS(32f_C1IR, 1, float),
-      ZVP_FILLS(32f_C3IR, 3, float),
+      ZVP_TRUE_DISTANCE(discs, "discs"),
+      ZVP_TRUE_DISTANCE(sprinkled<20>, "dense"),
+      ZVP_TRUE_DISTANCE(sprinkled<300>, "medium"),
+      ZVP_TRUE_DISTANCE(sprinkled<3000>, "sparse"),
+      ZVP_FILLS(8u_C1IR),
+      ZVP_FILLS(8u_C3IR),
+      ZVP_FILLS(16u_C1IR),
+      ZVP_FILLS(16u_C3IR),
+      ZVP_FILLS(32f_C1IR),
+      ZVP_FILLS(32f_C3IR),
   };
 }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS

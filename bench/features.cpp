@@ -3,38 +3,32 @@
 #include "cases.h"
 #include "plain_features.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
 
 constexpr int kSquare = 0, kCross = 1, kBorder = 1;
 
-// A response like that of a corner detector: rounded hills of both signs, 24 pixels apart, on a little noise.
+enum class Map { kHills, kNoise };
+
+// Hills: a response like that of a corner detector, rounded, of both signs, 24 pixels apart, on a little noise.
+// Noise: one pixel in nine or so is an extremum.
 template <class T>
-Image<T> hills(RoiSize size) {
-  auto map = randomImage<float>(size.width, size.height, 1);
-  Image<T> out(size.width, size.height);
+Image<T> draw(Map map, RoiSize size) {
+  const auto noise = randomImage<float>(size.width, size.height, 1);
+  const Image<T> out(size.width, size.height);
   for (int y = 0; y < size.height; ++y) {
     for (int x = 0; x < size.width; ++x) {
-      const double hill = std::sin(x * 0.26) * std::sin(y * 0.26);
-      out.row(y)[x] = static_cast<T>(10000 * hill * hill * hill + double(map.row(y)[x]) * 0.5);
+      const double hill = std::sin(x * 0.26) * std::sin(y * 0.26), grain = double(noise.row(y)[x]);
+      out.row(y)[x] = T(map == Map::kHills ? 10000 * hill * hill * hill + grain * 0.5 : 80 * grain - 10000);
     }
   }
   return out;
 }
 
-// Noise: one pixel in nine or so is an extremum.
-template <class T>
-Image<T> noise(RoiSize size) {
-  auto map = randomImage<float>(size.width, size.height, 1);
-  Image<T> out(size.width, size.height);
-  for (int y = 0; y < size.height; ++y)
-    for (int x = 0; x < size.width; ++x) out.row(y)[x] = static_cast<T>(80 * map.row(y)[x] - 10000);
-  return out;
-}
-
-template <class T>
-Work peaks(Status (*function)(const T*, int, RoiSize, T, Point*, int, int*, int, int, std::uint8_t*),
-           const Image<T>& src, T threshold, int norm, RoiSize size) {
+template <Map map, int norm, class T>
+Work peaks(Status (*function)(const T*, int, RoiSize, T, Point*, int, int*, int, int, std::uint8_t*), RoiSize size) {
+  const auto src = draw<T>(map, size);
+  const T threshold = map == Map::kHills ? 5000 : 0;
   struct Lists {
     std::vector<Point> found, expected;
     std::vector<std::uint8_t> buffer;
@@ -60,18 +54,13 @@ Work peaks(Status (*function)(const T*, int, RoiSize, T, Point*, int, int*, int,
               }};
 }
 
-#define ZVP_PEAKS(suffix, T, map, threshold, norm, description)                                                  \
-  Case {                                                                                                         \
-    "zvpiFindPeaks3x3_" #suffix ", " description,                                                                \
-        [](RoiSize size) { return peaks<T>(zvpiFindPeaks3x3_##suffix, map<T>(size), T(threshold), norm, size); } \
-  }
-#define ZVP_ALL_PEAKS(suffix, T)                                     \
-  ZVP_PEAKS(suffix, T, hills, 5000, kSquare, "few peaks"),           \
-      ZVP_PEAKS(suffix, T, hills, 5000, kCross, "few peaks, cross"), \
-      ZVP_PEAKS(suffix, T, noise, 0, kSquare, "noise without a threshold")
+#define ZVP_PEAKS(function)                                                      \
+  ZVP_CASE_OF((peaks<Map::kHills, kSquare>), function, ", few peaks"),           \
+      ZVP_CASE_OF((peaks<Map::kHills, kCross>), function, ", few peaks, cross"), \
+      ZVP_CASE_OF((peaks<Map::kNoise, kSquare>), function, ", noise without a threshold")
 
 }  // namespace
 
-std::vector<Case> featuresCases() { return {ZVP_ALL_PEAKS(32s_C1R, std::int32_t), ZVP_ALL_PEAKS(32f_C1R, float)}; }
+std::vector<Case> featuresCases() { return {ZVP_PEAKS(zvpiFindPeaks3x3_32s_C1R), ZVP_PEAKS(zvpiFindPeaks3x3_32f_C1R)}; }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS

@@ -2,8 +2,9 @@
 
 #include "cases.h"
 #include "plain_filter.h"
+#include "plain_scharr.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
 
 using plain::Float;
@@ -38,11 +39,19 @@ Image<std::uint8_t> workBuffer(BufferSize query, RoiSize size, int taps) {
   return {bytes, 1};
 }
 
-template <class T>
-Image<T*> rowPointers(const Image<std::remove_const_t<T>>& image) {
-  Image<T*> pointers(image.height, 1);
-  for (int y = 0; y < image.height; ++y) pointers.data()[y] = image.row(y);
-  return pointers;
+template <class T, class Pointer>
+void pointAtRows(const Image<T>& image, const Image<Pointer>& rows) {
+  for (int y = 0; y < image.height; ++y) rows.data()[y] = image.row(y);
+}
+
+// Rules of integers take a divisor.
+template <class Rule, class Call>
+void callWithDivisor(Call call) {
+  if constexpr (std::is_same_v<Rule, Float>) {
+    call();
+  } else {
+    call(kDivisor);
+  }
 }
 
 template <class Rule, int channels, std::size_t k, class Function>
@@ -53,67 +62,71 @@ Work filterRow(Function function, BufferSize query, RoiSize size) {
   constexpr int kCount = int{k}, kAnchor = kCount / 2;
   const int width = size.width * channels;
   const auto src = sourceOf<S>(width, size.height);
-  const Image<D> dst(width, size.height), expected(width, size.height);
-  const auto rows = rowPointers<D>(dst);
+  const Image<D*> rows(size.height, 1);
   const auto buffer = workBuffer(query, size, kCount);
-  return {.library =
-              [=] {
-                constexpr std::conditional_t<channels == 1, S, const S*> kUnused{};
-                const auto call = [&](auto... divisor) {
-                  function(src.data(), src.step, rows.data(), size, kTaps.data(), kCount, kAnchor, BorderReplicate,
-                           kUnused, divisor..., buffer.data());
-                };
-                if constexpr (std::is_same_v<Rule, Float>) {
-                  call();
-                } else {
-                  call(kDivisor);
-                }
-                static_cast<void>(dst);  // owns the rows
-              },
-          .plain = [=] { plain::filterRows<Rule, channels>(src, expected, kTaps, Rule(kDivisor)); },
-          .bytes = src.bytes() + expected.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<D>(
+      width, size.height, src.bytes(),
+      [=](const auto& dst) {
+        constexpr std::conditional_t<channels == 1, S, const S*> kUnused{};
+        if (rows.data()[0] == nullptr) pointAtRows(dst, rows);
+        callWithDivisor<Rule>([&](auto... divisor) {
+          function(src.data(), src.step, rows.data(), size, kTaps.data(), kCount, kAnchor, BorderReplicate, kUnused,
+                   divisor..., buffer.data());
+        });
+      },
+      [=](const auto& dst) { plain::filterRows<Rule, channels>(src, dst, kTaps, Rule(kDivisor)); });
 }
 
 template <class Rule, int channels, std::size_t k, class Function>
 Work filterColumn(Function function, BufferSize query, RoiSize size) {
   using S = typename Rule::Src;
-  using D = typename Rule::Dst;
   constexpr auto kTaps = tapsOf<typename Rule::Tap, k>();
   constexpr int kCount = int{k};
   const int width = size.width * channels;
   const auto src = sourceOf<S>(width, size.height + kCount - 1);
-  const Image<D> dst(width, size.height), expected(width, size.height);
-  const auto rows = rowPointers<const S>(src);
+  const Image<const S*> rows(src.height, 1);
+  pointAtRows(src, rows);
   const auto buffer = workBuffer(query, size, kCount);
-  return {.library =
-              [=] {
-                const auto call = [&](auto... divisor) {
-                  function(rows.data(), dst.data(), dst.step, size, kTaps.data(), kCount, divisor..., buffer.data());
-                };
-                if constexpr (std::is_same_v<Rule, Float>) {
-                  call();
-                } else {
-                  call(kDivisor);
-                }
-              },
-          .plain = [=] { plain::filterColumns(src, expected, kTaps, Rule(kDivisor)); },
-          .bytes = src.bytes() + expected.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<typename Rule::Dst>(
+      width, size.height, src.bytes(),
+      [=](const auto& dst) {
+        callWithDivisor<Rule>([&](auto... divisor) {
+          function(rows.data(), dst.data(), dst.step, size, kTaps.data(), kCount, divisor..., buffer.data());
+        });
+      },
+      [=](const auto& dst) { plain::filterColumns(src, dst, kTaps, Rule(kDivisor)); });
+}
+
+template <plain::Axis axis>
+Work scharr(decltype(zvpiFilterScharrHorizBorder_32f_C1R)* function, RoiSize size) {
+  const auto src = randomImage<float>(size.width, size.height, 1);
+  int bytes = 0;
+  zvpiFilterScharrHorizBorderGetBufferSize_32f_C1R(size, &bytes);
+  const Image<std::uint8_t> buffer(bytes, 1);
+  return fills<float>(
+      size.width, size.height, src.bytes(),
+      [=](const auto& dst) {
+        function(src.data(), src.step, dst.data(), dst.step, size, BorderReplicate, 0, buffer.data());
+      },
+      [=](const auto& dst) { plain::scharr<axis>(src, dst, 1); });
 }
 
 // The members come with a query of the same name.
-#define ZVP_FILTER_CASE(make, family, suffix, channels, taps, ...)                                \
-  Case {                                                                                          \
-    "zvpiFilter" #family "_" #suffix ", " #taps " taps", [](RoiSize size) {                       \
-      return make<__VA_ARGS__, channels, taps>(zvpiFilter##family##_##suffix,                     \
-                                               zvpiFilter##family##GetBufferSize_##suffix, size); \
-    }                                                                                             \
+#define ZVP_FILTER_CASE(make, family, suffix, channels, taps, rule)                                                \
+  Case {                                                                                                           \
+    "zvpiFilter" #family "_" #suffix ", " #taps " taps", [](RoiSize size) {                                        \
+      return make<rule, channels, taps>(zvpiFilter##family##_##suffix, zvpiFilter##family##GetBufferSize_##suffix, \
+                                        size);                                                                     \
+    }                                                                                                              \
   }
-#define ZVP_ROW(suffix, channels, taps, ...) \
-  ZVP_FILTER_CASE(filterRow, RowBorderPipeline, suffix, channels, taps, __VA_ARGS__)
-#define ZVP_COLUMN(suffix, channels, taps, ...) \
-  ZVP_FILTER_CASE(filterColumn, ColumnPipeline, suffix, channels, taps, __VA_ARGS__)
+#define ZVP_ROW(suffix, channels, taps, rule) \
+  ZVP_FILTER_CASE(filterRow, RowBorderPipeline, suffix, channels, taps, rule)
+#define ZVP_COLUMN(suffix, channels, taps, rule) \
+  ZVP_FILTER_CASE(filterColumn, ColumnPipeline, suffix, channels, taps, rule)
+#define ZVP_ROWS(suffix, channels, rule) \
+  ZVP_ROW(suffix, channels, 3, rule), ZVP_ROW(suffix, channels, 5, rule), ZVP_ROW(suffix, channels, 9, rule)
+#define ZVP_COLUMNS(suffix, channels, rule) \
+  ZVP_COLUMN(suffix, channels, 3, rule), ZVP_COLUMN(suffix, channels, 5, rule), ZVP_COLUMN(suffix, channels, 9, rule)
 
 using From8u = Scaled<std::uint8_t, std::int16_t>;
 using From16s = Scaled<std::int16_t, std::int16_t>;
@@ -124,19 +137,27 @@ using To8s = Scaled<std::int16_t, std::int8_t>;
 
 std::vector<Case> filterCases() {
   return {
-      ZVP_ROW(8u16s_C1R, 1, 3, From8u),   ZVP_ROW(8u16s_C1R, 1, 5, From8u),   ZVP_ROW(8u16s_C1R, 1, 9, From8u),
-      ZVP_ROW(8u16s_C3R, 3, 3, From8u),   ZVP_ROW(8u16s_C3R, 3, 5, From8u),   ZVP_ROW(8u16s_C3R, 3, 9, From8u),
-      ZVP_ROW(16s_C1R, 1, 5, From16s),    ZVP_ROW(16s_C3R, 3, 5, From16s),    ZVP_ROW(Low_16s_C1R, 1, 5, Low),
-      ZVP_ROW(Low_16s_C3R, 3, 5, Low),    ZVP_ROW(32f_C1R, 1, 3, Float),      ZVP_ROW(32f_C1R, 1, 5, Float),
-      ZVP_ROW(32f_C1R, 1, 9, Float),      ZVP_ROW(32f_C3R, 3, 3, Float),      ZVP_ROW(32f_C3R, 3, 5, Float),
-      ZVP_ROW(32f_C3R, 3, 9, Float),      ZVP_COLUMN(16s8u_C1R, 1, 3, To8u),  ZVP_COLUMN(16s8u_C1R, 1, 5, To8u),
-      ZVP_COLUMN(16s8u_C1R, 1, 9, To8u),  ZVP_COLUMN(16s8u_C3R, 3, 3, To8u),  ZVP_COLUMN(16s8u_C3R, 3, 5, To8u),
-      ZVP_COLUMN(16s8u_C3R, 3, 9, To8u),  ZVP_COLUMN(16s8s_C1R, 1, 5, To8s),  ZVP_COLUMN(16s8s_C3R, 3, 5, To8s),
-      ZVP_COLUMN(16s_C1R, 1, 5, From16s), ZVP_COLUMN(16s_C3R, 3, 5, From16s), ZVP_COLUMN(Low_16s_C1R, 1, 5, Low),
-      ZVP_COLUMN(Low_16s_C3R, 3, 5, Low), ZVP_COLUMN(32f_C1R, 1, 3, Float),   ZVP_COLUMN(32f_C1R, 1, 5, Float),
-      ZVP_COLUMN(32f_C1R, 1, 9, Float),   ZVP_COLUMN(32f_C3R, 3, 3, Float),   ZVP_COLUMN(32f_C3R, 3, 5, Float),
-      ZVP_COLUMN(32f_C3R, 3, 9, Float),
+      ZVP_ROWS(8u16s_C1R, 1, From8u),
+      ZVP_ROWS(8u16s_C3R, 3, From8u),
+      ZVP_ROW(16s_C1R, 1, 5, From16s),
+      ZVP_ROW(16s_C3R, 3, 5, From16s),
+      ZVP_ROW(Low_16s_C1R, 1, 5, Low),
+      ZVP_ROW(Low_16s_C3R, 3, 5, Low),
+      ZVP_ROWS(32f_C1R, 1, Float),
+      ZVP_ROWS(32f_C3R, 3, Float),
+      ZVP_COLUMNS(16s8u_C1R, 1, To8u),
+      ZVP_COLUMNS(16s8u_C3R, 3, To8u),
+      ZVP_COLUMN(16s8s_C1R, 1, 5, To8s),
+      ZVP_COLUMN(16s8s_C3R, 3, 5, To8s),
+      ZVP_COLUMN(16s_C1R, 1, 5, From16s),
+      ZVP_COLUMN(16s_C3R, 3, 5, From16s),
+      ZVP_COLUMN(Low_16s_C1R, 1, 5, Low),
+      ZVP_COLUMN(Low_16s_C3R, 3, 5, Low),
+      ZVP_COLUMNS(32f_C1R, 1, Float),
+      ZVP_COLUMNS(32f_C3R, 3, Float),
+      ZVP_CASE(scharr<plain::kAlongX>, zvpiFilterScharrHorizBorder_32f_C1R),
+      ZVP_CASE(scharr<plain::kAlongY>, zvpiFilterScharrVertBorder_32f_C1R),
   };
 }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS

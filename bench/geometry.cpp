@@ -5,7 +5,7 @@
 #include "cases.h"
 #include "plain_geometry.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
 
 constexpr float kFractionX = 0.3f, kFractionY = 0.6f;
@@ -13,12 +13,12 @@ constexpr float kFractionX = 0.3f, kFractionY = 0.6f;
 template <class S, class D, class... Scale>
 Work copyShifted(Status (*function)(const S*, int, D*, int, RoiSize, float, float, Scale...), RoiSize size) {
   const auto src = randomImage<S>(size.width + 1, size.height + 1, 1);
-  const Image<D> dst(size.width, size.height), expected(size.width, size.height);
-  return {.library =
-              [=] { function(src.data(), src.step, dst.data(), dst.step, size, kFractionX, kFractionY, Scale{}...); },
-          .plain = [=] { plain::shift(src, expected, kFractionX, kFractionY); },
-          .bytes = src.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<D>(
+      size.width, size.height, src.bytes(),
+      [=](const auto& dst) {
+        function(src.data(), src.step, dst.data(), dst.step, size, kFractionX, kFractionY, Scale{}...);
+      },
+      [=](const auto& dst) { plain::shift(src, dst, kFractionX, kFractionY); });
 }
 
 // As many windows as have the image's pixels, all over it and a little beyond.
@@ -32,8 +32,9 @@ std::vector<Point32f> centres(RoiSize size, int side) {
 
 constexpr int kKept = 16;  // windows, to compare: a caller uses each before it takes the next
 
-template <int side, class S, class D>
-Work windows(Status (*function)(const S*, int, RoiSize, D*, int, RoiSize, Point32f, Point*, Point*), RoiSize size) {
+template <int side, class S, class D, class... Scale>
+Work windows(Status (*function)(const S*, int, RoiSize, D*, int, RoiSize, Point32f, Point*, Point*, Scale...),
+             RoiSize size) {
   const auto src = randomImage<S>(size.width, size.height, 1);
   const auto points = centres(size, side);
   const Image<D> dst(side * side, kKept), expected(side * side, kKept);
@@ -43,7 +44,7 @@ Work windows(Status (*function)(const S*, int, RoiSize, D*, int, RoiSize, Point3
                 Point min, max;
                 for (std::size_t i = 0; i < points.size(); ++i)
                   function(src.data(), src.step, size, place(dst, i), side * int{sizeof(D)}, {side, side}, points[i],
-                           &min, &max);
+                           &min, &max, Scale{}...);
               },
           .plain =
               [=] {
@@ -53,10 +54,8 @@ Work windows(Status (*function)(const S*, int, RoiSize, D*, int, RoiSize, Point3
           .agree = [=] { return same(dst, expected); }};
 }
 
-#define ZVP_WINDOWS(function, side)                                                            \
-  Case {                                                                                       \
-#function ", " #side "x" #side, [](RoiSize size) { return windows<side>(function, size); } \
-  }
+#define ZVP_WINDOWS(function) \
+  ZVP_CASE_OF(windows<15>, function, ", 15x15"), ZVP_CASE_OF(windows<63>, function, ", 63x63")
 
 }  // namespace
 
@@ -65,10 +64,10 @@ std::vector<Case> geometryCases() {
       ZVP_CASE(copyShifted, zvpiCopySubpix_8u_C1R),        ZVP_CASE(copyShifted, zvpiCopySubpix_16u_C1R),
       ZVP_CASE(copyShifted, zvpiCopySubpix_8u16u_C1R_Sfs), ZVP_CASE(copyShifted, zvpiCopySubpix_8u32f_C1R),
       ZVP_CASE(copyShifted, zvpiCopySubpix_16u32f_C1R),    ZVP_CASE(copyShifted, zvpiCopySubpix_32f_C1R),
-      ZVP_WINDOWS(zvpiCopySubpixIntersect_8u_C1R, 15),     ZVP_WINDOWS(zvpiCopySubpixIntersect_8u_C1R, 63),
-      ZVP_WINDOWS(zvpiCopySubpixIntersect_8u32f_C1R, 15),  ZVP_WINDOWS(zvpiCopySubpixIntersect_8u32f_C1R, 63),
-      ZVP_WINDOWS(zvpiCopySubpixIntersect_32f_C1R, 15),    ZVP_WINDOWS(zvpiCopySubpixIntersect_32f_C1R, 63),
+      ZVP_WINDOWS(zvpiCopySubpixIntersect_8u_C1R),         ZVP_WINDOWS(zvpiCopySubpixIntersect_16u_C1R),
+      ZVP_WINDOWS(zvpiCopySubpixIntersect_8u16u_C1R_Sfs),  ZVP_WINDOWS(zvpiCopySubpixIntersect_8u32f_C1R),
+      ZVP_WINDOWS(zvpiCopySubpixIntersect_16u32f_C1R),     ZVP_WINDOWS(zvpiCopySubpixIntersect_32f_C1R),
   };
 }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS

@@ -38,10 +38,23 @@ class Image {
 };
 
 template <class T>
+constexpr DataType kDataType = std::is_same_v<T, float>           ? DataType32f
+                               : std::is_same_v<T, std::int16_t>  ? DataType16s
+                               : std::is_same_v<T, std::uint16_t> ? DataType16u
+                               : std::is_same_v<T, std::int8_t>   ? DataType8s
+                                                                  : DataType8u;
+
+template <class T>
 bool same(const Image<T>& a, const Image<T>& b) {
   for (int y = 0; y < a.height; ++y)
     if (std::memcmp(a.row(y), b.row(y), std::size_t(a.width) * sizeof(T)) != 0) return false;
   return true;
+}
+
+// Of images of one size.
+template <class T>
+void copyPixels(const Image<T>& src, const Image<T>& dst) {
+  std::memcpy(dst.data(), src.data(), std::size_t(src.step) * std::size_t(src.height));
 }
 
 // Seeded: every run measures the same pixels. Integers cover their type; floats are 0..255.

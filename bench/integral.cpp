@@ -3,7 +3,7 @@
 #include "cases.h"
 #include "plain_integral.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
 
 using plain::Table;
@@ -22,12 +22,13 @@ constexpr int kUpright = 1, kTilted = 2;
 template <int margin, class S>
 Work oneTable(Status (*function)(const std::uint8_t*, int, S*, int, RoiSize, S), RoiSize size) {
   const Pixels src = randomPixels(size);
-  const auto sums = tableOf<S>(size, margin), expected = tableOf<S>(size, margin);
-  const Image<S>& out = sums.entries;
-  return {.library = [=] { function(src.data(), src.step, out.data(), out.step, size, sums.start); },
-          .plain = [=] { margin == kUpright ? plain::integral(src, expected) : plain::tiltedIntegral(src, expected); },
-          .bytes = src.bytes() + out.bytes(),
-          .agree = [=] { return same(out, expected.entries); }};
+  const S start = 0;
+  return fills<S>(
+      size.width + margin, size.height + margin, src.bytes(),
+      [=](const auto& sums) { function(src.data(), src.step, sums.data(), sums.step, size, start); },
+      [=](const auto& sums) {
+        (margin == kUpright ? plain::integral<S> : plain::tiltedIntegral<S>)(src, Table<S>{sums, start});
+      });
 }
 
 template <int margin, class S, class Q>
@@ -50,11 +51,10 @@ Work twoTables(Status (*function)(const std::uint8_t*, int, S*, int, Q*, int, Ro
 
 Work floatTable(Status (*function)(const float*, int, float*, int, RoiSize), RoiSize size) {
   const auto src = randomImage<float>(size.width, size.height, 1);
-  const auto sums = tableOf<float>(size, kUpright).entries, expected = tableOf<float>(size, kUpright).entries;
-  return {.library = [=] { function(src.data(), src.step, sums.data(), sums.step, size); },
-          .plain = [=] { plain::floatIntegral(src, expected); },
-          .bytes = src.bytes() + sums.bytes(),
-          .agree = [=] { return same(sums, expected); }};
+  return fills<float>(
+      size.width + kUpright, size.height + kUpright, src.bytes(),
+      [=](const auto& sums) { function(src.data(), src.step, sums.data(), sums.step, size); },
+      [=](const auto& sums) { plain::floatIntegral(src, sums); });
 }
 
 // Windows of 20 x 20 pixels at every position, one pixel left out on each side; a turned square of about that extent.
@@ -66,21 +66,18 @@ Work stdDev(Status (*function)(const S*, int, const Q*, int, T*, int, RoiSize, R
   const RoiSize frame{size.width + kWindow, size.height + kWindow};
   const auto sums = tableOf<S>(frame, margin);
   const auto squares = tableOf<Q>(frame, margin);
-  const Image<T> dst(size.width, size.height), expected(size.width, size.height);
   const bool upright = margin == kUpright;
   (upright ? plain::sqrIntegral<S, Q> : plain::tiltedSqrIntegral<S, Q>)(randomPixels(frame), sums, squares);
   const Rect rect = upright ? kUprightRect : kTiltedRect;
   const auto corners = upright ? plain::uprightCorners(rect) : plain::tiltedCorners(rect);
   const Image<S>& s = sums.entries;
   const Image<Q>& q = squares.entries;
-  return {.library =
-              [=] {
-                function(s.data(), s.step, q.data(), q.step, dst.data(), dst.step, size, rect,
-                         ScaleFactor{kScaleFactor}...);
-              },
-          .plain = [=] { plain::rectStdDev(s, q, expected, corners, kScaleFactor); },
-          .bytes = s.bytes() + q.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<T>(
+      size.width, size.height, s.bytes() + q.bytes(),
+      [=](const auto& dst) {
+        function(s.data(), s.step, q.data(), q.step, dst.data(), dst.step, size, rect, ScaleFactor{kScaleFactor}...);
+      },
+      [=](const auto& dst) { plain::rectStdDev(s, q, dst, corners, kScaleFactor); });
 }
 
 }  // namespace
@@ -107,4 +104,4 @@ std::vector<Case> integralCases() {
   };
 }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS

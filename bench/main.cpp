@@ -1,14 +1,16 @@
-// zvpcv_bench: every exported image function beside a plain scalar loop and a plain copy.
+// zvpcv_bench: every exported image function beside a plain loop, scalar and vectorised, and a plain copy.
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
 #include <getopt.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <limits>
 #include <map>
 #include <regex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,14 +27,18 @@ struct Options {
   int repetitions = 9;
   double seconds = 0.02;  // of one repetition, at least
   std::string chart;
+  bool list = false;
 };
 
 const char* const kHelp =
-    "zvpcv_bench [--filter=REGEX] [--quick] [--chart=FILE] [--help]\n"
-    "Measures the image functions of zvpCV, each beside a plain scalar loop and a plain copy, on one thread.\n"
+    "zvpcv_bench [--filter=REGEX] [--quick] [--chart=FILE] [--list] [--help]\n"
+    "Measures the image functions of zvpCV on one thread, each beside a plain loop and a plain copy. The plain loop "
+    "is\n"
+    "compiled twice: as scalar code, and with -O3 and vectorisation for x86-64-v3.\n"
     "  --filter=REGEX  only rows whose name and size match, as in --filter='AbsDiff.* 640x480'\n"
     "  --quick         shorter and fewer repetitions\n"
-    "  --chart=FILE    also writes a picture (SVG): how many times faster than the plain loop each row is\n"
+    "  --chart=FILE    also writes a picture (SVG): how many times faster than the plain loops each row is\n"
+    "  --list          only prints the names of the functions that the rows measure\n"
     "LD_LIBRARY_PATH chooses another build of the library; the first line of the output names the one in use.\n";
 
 // --- Measuring -------------------------------------------------------------------------------------------------------
@@ -53,7 +59,7 @@ class FastestTimes : public benchmark::BenchmarkReporter {
 };
 
 struct Times {  // ns per call; 0: not measured
-  double library = 0, plain = 0, copy = 0;
+  double library = 0, plain = 0, vectorised = 0, copy = 0;
 };
 
 void add(const char* name, const std::function<void()>& run, const Options& options) {
@@ -77,21 +83,26 @@ std::function<void()> copyOf(std::size_t bytes) {
   return [=] { std::memcpy(dst.data(), src.data(), static_cast<std::size_t>(half)); };
 }
 
-// The repetitions of the three take turns, so that their ratios hold on a machine whose speed changes.
-Times measure(const Work& work, const Options& options) {
-  const auto copy = work.bytes > 0 ? copyOf(work.bytes) : nullptr;
-  add("library", work.library, options);
-  if (work.plain) add("plain", work.plain, options);
-  if (copy) add("copy", copy, options);
+// The repetitions of all take turns, so that their ratios hold on a machine whose speed changes.
+Times measure(const Work& work, const Work& vectorised, const Options& options) {
+  const std::pair<const char*, std::function<void()>> parts[] = {
+      {"library", work.library},
+      {"plain", work.plain},
+      {"vectorised", vectorised.plain},
+      {"copy", work.bytes > 0 ? copyOf(work.bytes) : nullptr},
+  };
+  for (const auto& [name, run] : parts)
+    if (run) add(name, run, options);
   FastestTimes fastest;
   benchmark::RunSpecifiedBenchmarks(&fastest, "all");
   benchmark::ClearRegisteredBenchmarks();
-  return {fastest.nanoseconds["library"], fastest.nanoseconds["plain"], fastest.nanoseconds["copy"]};
+  auto& ns = fastest.nanoseconds;
+  return {ns["library"], ns["plain"], ns["vectorised"], ns["copy"]};
 }
 
 // Measuring a wrong result would say nothing.
 bool agrees(const Work& work) {
-  if (!work.agree) return true;
+  if (!work.plain) return true;
   work.library();
   work.plain();
   return work.agree();
@@ -101,8 +112,10 @@ bool agrees(const Work& work) {
 
 struct Row {
   const Case* what;
+  const Case* vectorised;  // null: none, or a processor that cannot run it
+  const std::string* section;
   RoiSize size;  // empty: measured by the call
-  Times times;
+  Times times{};
 
   std::string sizeText() const {
     return size.width == 0 ? "a call" : std::to_string(size.width) + "x" + std::to_string(size.height);
@@ -110,14 +123,34 @@ struct Row {
   std::string name() const { return what->name + " " + sizeText(); }
 };
 
-std::vector<Row> selectedRows(const std::vector<Case>& images, const std::vector<Case>& objects,
-                              const Options& options) {
+struct Cases {
+  std::vector<Section> images = scalar::imageSections(), vectorised;
+  Section objects{"Objects", scalar::objectCases()};
+
+  Cases() {
+    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma"))
+      vectorised = vectorised::imageSections();
+  }
+};
+
+std::vector<Row> selectedRows(const Cases& cases, const Options& options) {
   std::vector<Row> rows;
-  for (const Case& c : images)
-    for (const RoiSize size : kSizes) rows.push_back({&c, size, {}});
-  for (const Case& c : objects) rows.push_back({&c, {0, 0}, {}});
+  for (std::size_t s = 0; s < cases.images.size(); ++s) {
+    const Section& section = cases.images[s];
+    for (std::size_t i = 0; i < section.cases.size(); ++i) {
+      const Case* vectorised = cases.vectorised.empty() ? nullptr : &cases.vectorised[s].cases[i];
+      for (const RoiSize size : kSizes) rows.push_back({&section.cases[i], vectorised, &section.title, size});
+    }
+  }
+  for (const Case& c : cases.objects.cases) rows.push_back({&c, nullptr, &cases.objects.title, {0, 0}});
   std::erase_if(rows, [&](const Row& row) { return !std::regex_search(row.name(), options.filter); });
   return rows;
+}
+
+void printNames(const std::vector<Row>& rows) {
+  std::set<std::string> names;
+  for (const Row& row : rows) names.insert(row.what->function());
+  for (const std::string& name : names) std::puts(name.c_str());
 }
 
 void showProgress(std::size_t done, std::size_t all, const std::string& name) {
@@ -132,12 +165,13 @@ bool measureAll(std::vector<Row>& rows, const Options& options) {
   bool allAgree = true;
   for (std::size_t i = 0; i < rows.size(); ++i) {
     showProgress(i, rows.size(), rows[i].name());
-    const Work work = rows[i].what->make(rows[i].size);
-    if (!agrees(work)) {
-      std::fprintf(stderr, "%s: differs from the plain loop\n", rows[i].name().c_str());
+    const Row& row = rows[i];
+    const Work work = row.what->make(row.size), vectorised = row.vectorised ? row.vectorised->make(row.size) : Work{};
+    if (!agrees(work) || !agrees(vectorised)) {
+      std::fprintf(stderr, "%s: differs from the plain loop\n", row.name().c_str());
       allAgree = false;
     }
-    rows[i].times = measure(work, options);
+    rows[i].times = measure(work, vectorised, options);
   }
   showProgress(rows.size(), rows.size(), "");
   return allAgree;
@@ -151,20 +185,28 @@ std::string number(double value, const char* format) {
 
 double ratio(double a, double b) { return b > 0 ? a / b : 0; }
 
-void printLine(const std::string (&cells)[7]) {
-  std::printf("%-47s %9s %9s %9s %9s %8s %8s\n", cells[0].c_str(), cells[1].c_str(), cells[2].c_str(), cells[3].c_str(),
-              cells[4].c_str(), cells[5].c_str(), cells[6].c_str());
+using Cells = std::array<std::string, 9>;
+
+void printLine(std::size_t nameWidth, const Cells& cells) {
+  std::printf("%-*s", static_cast<int>(nameWidth), cells[0].c_str());
+  constexpr int kWidths[] = {0, 9, 9, 9, 9, 8, 8, 10, 10};
+  for (std::size_t i = 1; i < cells.size(); ++i) std::printf(" %*s", kWidths[i], cells[i].c_str());
+  std::puts("");
 }
 
 void printTable(const std::vector<Row>& rows) {
-  printLine({"", "", "library", "plain", "copy", "plain/", "library/"});
-  printLine({"operation", "size", "ns/pixel", "ns/pixel", "ns/pixel", "library", "copy"});
+  std::size_t longest = 0;
+  for (const Row& row : rows) longest = std::max(longest, row.what->name.size());
+  printLine(longest, {"", "", "library", "plain", "copy", "plain/", "library/", "plain-O3", "plain-O3/"});
+  printLine(longest,
+            {"operation", "size", "ns/pixel", "ns/pixel", "ns/pixel", "library", "copy", "ns/pixel", "library"});
   for (const Row& row : rows) {
     const double pixels = row.size.width == 0 ? 1 : double(row.size.width) * row.size.height;
     const Times& t = row.times;
-    printLine({row.what->name, row.sizeText(), number(t.library / pixels, "%.4f"), number(t.plain / pixels, "%.4f"),
-               number(t.copy / pixels, "%.4f"), number(ratio(t.plain, t.library), "%.1f"),
-               number(ratio(t.library, t.copy), "%.2f")});
+    printLine(longest, {row.what->name, row.sizeText(), number(t.library / pixels, "%.4f"),
+                        number(t.plain / pixels, "%.4f"), number(t.copy / pixels, "%.4f"),
+                        number(ratio(t.plain, t.library), "%.1f"), number(ratio(t.library, t.copy), "%.2f"),
+                        number(t.vectorised / pixels, "%.4f"), number(ratio(t.vectorised, t.library), "%.1f")});
   }
 }
 
@@ -181,16 +223,16 @@ bool drawChart(const std::vector<Row>& rows, const std::string& path) {
 
 // False where the program should end: help was asked for, or an option is wrong.
 bool parse(int argc, char** argv, Options& options, int& exitCode) {
-  const option known[] = {{"filter", required_argument, nullptr, 'f'},
-                          {"quick", no_argument, nullptr, 'q'},
-                          {"chart", required_argument, nullptr, 'c'},
-                          {"help", no_argument, nullptr, 'h'},
-                          {}};
+  const option known[] = {{"filter", required_argument, nullptr, 'f'}, {"quick", no_argument, nullptr, 'q'},
+                          {"chart", required_argument, nullptr, 'c'},  {"list", no_argument, nullptr, 'l'},
+                          {"help", no_argument, nullptr, 'h'},         {}};
   for (int c; (c = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
     if (c == 'f') {
       options.filter = std::regex(optarg);
     } else if (c == 'c') {
       options.chart = optarg;
+    } else if (c == 'l') {
+      options.list = true;
     } else if (c == 'q') {
       options.repetitions = 3;
       options.seconds = 0.003;
@@ -216,24 +258,19 @@ void startBenchmarkLibrary(char* programName) {
   benchmark::Initialize(&count, arguments);
 }
 
-std::vector<Case> imageCases() {
-  std::vector<Case> all;
-  for (const auto& cases :
-       {arithmeticCases(), accumulateCases(), integralCases(), detectCases(), distanceCases(), filterCases(),
-        geometryCases(), morphologyCases(), pyramidCases(), opticalFlowCases(), featuresCases(), segmentCases()})
-    all.insert(all.end(), cases.begin(), cases.end());
-  return all;
-}
-
 int run(int argc, char** argv) {
   Options options;
   int exitCode = EXIT_SUCCESS;
   if (!parse(argc, argv, options, exitCode)) return exitCode;
+  const Cases cases;
+  std::vector<Row> rows = selectedRows(cases, options);
+  if (options.list) {
+    printNames(rows);
+    return exitCode;
+  }
   startBenchmarkLibrary(argv[0]);
   std::printf("library: %s\n", libraryPath().c_str());
   std::fflush(stdout);
-  const std::vector<Case> images = imageCases(), objects = detectObjectCases();
-  std::vector<Row> rows = selectedRows(images, objects, options);
   if (!measureAll(rows, options)) exitCode = EXIT_FAILURE;
   printTable(rows);
   if (!options.chart.empty() && !drawChart(rows, options.chart)) exitCode = EXIT_FAILURE;

@@ -3,7 +3,7 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 struct Add {
   static float update(float d, float s, float, float) { return d + s; }
@@ -36,6 +36,16 @@ void accumulate(const Image<T>& a, const Image<T>& b, const Image<float>& acc, f
   }
 }
 
+// The running average of two images, apart from both.
+inline void average(const Image<float>& a, const Image<float>& b, const Image<float>& dst, float alpha) {
+  const int width = dst.width;
+  for (int y = 0; y < dst.height; ++y) {
+    const float *rowA = a.row(y), *rowB = b.row(y);
+    float* out = dst.row(y);
+    for (int x = 0; x < width; ++x) out[x] = AddWeighted::update(rowB[x], rowA[x], 0, alpha);
+  }
+}
+
 template <class Operation, class T>
 void accumulateMasked(const Image<T>& a, const Image<T>& b, const Image<std::uint8_t>& mask, const Image<float>& acc,
                       float weight) {
@@ -51,4 +61,4 @@ void accumulateMasked(const Image<T>& a, const Image<T>& b, const Image<std::uin
   }
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

@@ -6,7 +6,7 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 inline float absoluteDifference(float a, float b) { return std::fabs(a - b); }
 inline std::uint8_t absoluteDifference(std::uint8_t a, std::uint8_t b) { return std::uint8_t(std::abs(a - b)); }
@@ -32,4 +32,4 @@ void absDiffC(const Image<T>& src, const Image<T>& dst, T value) {
   }
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

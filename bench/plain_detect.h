@@ -7,7 +7,7 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 // V is the type of the stage's numbers.
 template <class V>
@@ -104,4 +104,4 @@ int applyStage(const Image<Entry>& upright, const Image<Entry>& tilted, const Im
   return positive;
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

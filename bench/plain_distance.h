@@ -8,7 +8,7 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 // Two passes with the given weights, integers in 32 bits, saturated before they are stored.
 template <bool knights, class T, class M>
@@ -84,36 +84,38 @@ inline void trueDistance(const Image<std::uint8_t>& src, const Image<float>& dst
   }
 }
 
-// A stack of pixels. `links(p, q)`: p joins from its neighbour q, both values before the fill.
-template <int connectivity, class T, class Links>
-std::int64_t floodFill(const Image<T>& image, Image<std::uint8_t> visited, int seedX, int seedY, T newVal,
-                       Links links) {
+// A stack of pixels. `links(p, q)`: a channel of pixel p joins from its neighbour q, both values before the fill.
+template <int connectivity, int channels, class T, class Links>
+void floodFill(const Image<T>& image, const Image<std::uint8_t>& visited, Point seed, T newVal, Links links) {
   struct Pixel {
     int x, y;
-    T value;
+    T value[channels];
   };
   static std::vector<Pixel> stack;  // kept: no allocation is measured
-  const int w = image.width, h = image.height;
+  const int w = visited.width, h = visited.height;
   for (int y = 0; y < h; ++y) std::memset(visited.row(y), 0, std::size_t(w));
-  std::int64_t area = 0;
   const auto take = [&](int x, int y) {
-    stack.push_back({x, y, image.row(y)[x]});
+    Pixel p{x, y, {}};
+    T* here = image.row(y) + x * channels;
+    for (int c = 0; c < channels; ++c) p.value[c] = here[c], here[c] = newVal;
     visited.row(y)[x] = 1;
-    image.row(y)[x] = newVal;
-    ++area;
+    stack.push_back(p);
   };
-  take(seedX, seedY);
+  take(seed.x, seed.y);
   while (!stack.empty()) {
     const Pixel q = stack.back();
     stack.pop_back();
     const auto visit = [&](int x, int y) {
-      if (x >= 0 && y >= 0 && x < w && y < h && visited.row(y)[x] == 0 && links(image.row(y)[x], q.value)) take(x, y);
+      if (x < 0 || y < 0 || x >= w || y >= h || visited.row(y)[x] != 0) return;
+      const T* p = image.row(y) + x * channels;
+      bool joins = true;
+      for (int c = 0; c < channels; ++c) joins = joins && links(p[c], q.value[c]);
+      if (joins) take(x, y);
     };
     visit(q.x - 1, q.y), visit(q.x + 1, q.y), visit(q.x, q.y - 1), visit(q.x, q.y + 1);
     if constexpr (connectivity == 8)
       visit(q.x - 1, q.y - 1), visit(q.x + 1, q.y - 1), visit(q.x - 1, q.y + 1), visit(q.x + 1, q.y + 1);
   }
-  return area;
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

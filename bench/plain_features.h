@@ -8,7 +8,7 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 inline std::int32_t magnitude(std::int32_t v) { return v == INT32_MIN ? v : std::abs(v); }
 inline float magnitude(float v) { return std::fabs(v); }
@@ -36,4 +36,4 @@ void findPeaks(const Image<T>& src, T threshold, bool cross, int border, std::ve
   }
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

@@ -8,7 +8,7 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 // The three arithmetics: what becomes of a sum of products, away from the ends of a row and at them.
 template <class S, class D>
@@ -105,4 +105,4 @@ void filterColumns(const Image<typename Rule::Src>& src, const Image<typename Ru
   }
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

@@ -7,7 +7,7 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 // The fixed-point weights of the four neighbours: 00, 10, 01, 11.
 struct FixedBlend {
@@ -79,4 +79,4 @@ void window(const Image<S>& src, Point32f centre, int side, D* dst) {
   }
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

@@ -6,7 +6,7 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 // Integer tables are summed as unsigned numbers.
 template <class S>
@@ -176,4 +176,4 @@ void rectStdDev(const Image<S>& sums, const Image<Q>& squares, const Image<T>& d
   }
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

@@ -2,25 +2,26 @@
 #pragma once
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 struct Mask {
   int width, height;
   std::vector<std::uint8_t> members;
 };
 
-struct Erode {
+struct Lower {
   template <class T>
   static T pick(T a, T b) {
     return b < a ? b : a;
   }
 };
 
-struct Dilate {
+struct Higher {
   template <class T>
   static T pick(T a, T b) {
     return a < b ? b : a;
@@ -40,8 +41,8 @@ inline std::vector<Offset> offsetsOf(const Mask& mask) {
   return offsets;
 }
 
-template <class Operation, int channels, class T>
-void morphology(const Image<T>& src, const Image<T>& dst, const Mask& mask) {
+template <class Extremum, int channels, class T>
+void extrema(const Image<T>& src, const Image<T>& dst, const Mask& mask) {
   const auto offsets = offsetsOf(mask);
   const int width = src.width, pixels = width / channels, edge = std::min(mask.width / 2 * channels, width / 2);
   std::vector<const T*> rows(offsets.size());
@@ -53,7 +54,7 @@ void morphology(const Image<T>& src, const Image<T>& dst, const Mask& mask) {
         return rows[m][std::clamp(n / channels + offsets[m].x, 0, pixels - 1) * channels + n % channels];
       };
       T v = under(0);
-      for (std::size_t m = 1; m < rows.size(); ++m) v = Operation::pick(v, under(m));
+      for (std::size_t m = 1; m < rows.size(); ++m) v = Extremum::pick(v, under(m));
       out[n] = v;
     };
     for (int n = 0; n < edge; ++n) atEdge(n);
@@ -62,71 +63,95 @@ void morphology(const Image<T>& src, const Image<T>& dst, const Mask& mask) {
     for (std::size_t m = 0; m < rows.size(); ++m) rows[m] += offsets[m].x * channels;
     for (int n = edge; n < width - edge; ++n) {
       T v = rows[0][n];
-      for (std::size_t m = 1; m < rows.size(); ++m) v = Operation::pick(v, rows[m][n]);
+      for (std::size_t m = 1; m < rows.size(); ++m) v = Extremum::pick(v, rows[m][n]);
       out[n] = v;
     }
   }
 }
 
-// One bit per pixel, the most significant one first: a byte per pixel while it is filtered.
-template <class Operation>
-void bitMorphology(const Image<std::uint8_t>& src, const Image<std::uint8_t>& dst, const Image<std::uint8_t>& pixels,
-                   const Image<std::uint8_t>& result, const Mask& mask) {
+// One bit per pixel, the most significant one first.
+inline void unpackBits(const Image<std::uint8_t>& bits, const Image<std::uint8_t>& pixels) {
+  const int width = pixels.width;
   for (int y = 0; y < pixels.height; ++y)
-    for (int x = 0; x < pixels.width; ++x) pixels.row(y)[x] = (src.row(y)[x / 8] >> (7 - x % 8)) & 1;
-  morphology<Operation, 1>(pixels, result, mask);
+    for (int x = 0; x < width; ++x) pixels.row(y)[x] = (bits.row(y)[x / 8] >> (7 - x % 8)) & 1;
+}
+
+inline void packBits(const Image<std::uint8_t>& pixels, const Image<std::uint8_t>& bits) {
   for (int y = 0; y < pixels.height; ++y) {
     for (int x = 0; x < pixels.width; ++x) {
       const int bit = 0x80 >> (x % 8);
-      auto& byte = dst.row(y)[x / 8];
-      byte = std::uint8_t(result.row(y)[x] != 0 ? byte | bit : byte & ~bit);
+      auto& byte = bits.row(y)[x / 8];
+      byte = std::uint8_t(pixels.row(y)[x] != 0 ? byte | bit : byte & ~bit);
     }
   }
 }
 
-// dst = a - b. Differences of an opening, a closing and a gradient are not negative.
+template <class T>
+T difference(T a, T b) {
+  if constexpr (std::is_same_v<T, float>) {
+    return a - b;
+  } else {
+    return T(std::clamp(a - b, int{std::numeric_limits<T>::min()}, int{std::numeric_limits<T>::max()}));
+  }
+}
+
+// dst = a - b
 template <class T>
 void subtract(const Image<T>& a, const Image<T>& b, const Image<T>& dst) {
   const int width = dst.width;
-  for (int y = 0; y < dst.height; ++y)
-    for (int x = 0; x < width; ++x) dst.row(y)[x] = T(a.row(y)[x] - b.row(y)[x]);
+  for (int y = 0; y < dst.height; ++y) {
+    const T *rowA = a.row(y), *rowB = b.row(y);
+    T* out = dst.row(y);
+    for (int x = 0; x < width; ++x) out[x] = difference(rowA[x], rowB[x]);
+  }
 }
 
-// The compositions, for masks that a rotation by 180 degrees does not change; between holds the first step's result.
-template <class First, class Second>
-struct Twice {
-  template <class T>
-  static void run(const Image<T>& src, const Image<T>& dst, const Image<T>& between, const Mask& mask) {
-    morphology<First, 1>(src, between, mask);
-    morphology<Second, 1>(between, dst, mask);
+// The operations, for masks that a rotation by 180 degrees does not change: run<channels>(src, dst, between, mask),
+// where between is room for the first of two steps.
+template <class Extremum>
+struct OneStep {
+  template <int channels, class T>
+  static void run(const Image<T>& src, const Image<T>& dst, const Image<T>&, const Mask& mask) {
+    extrema<Extremum, channels>(src, dst, mask);
   }
 };
-using Open = Twice<Erode, Dilate>;
-using Close = Twice<Dilate, Erode>;
+using Erode = OneStep<Lower>;
+using Dilate = OneStep<Higher>;
+
+template <class First, class Second>
+struct TwoSteps {
+  template <int channels, class T>
+  static void run(const Image<T>& src, const Image<T>& dst, const Image<T>& between, const Mask& mask) {
+    extrema<First, channels>(src, between, mask);
+    extrema<Second, channels>(between, dst, mask);
+  }
+};
+using Open = TwoSteps<Lower, Higher>;
+using Close = TwoSteps<Higher, Lower>;
 
 struct Tophat {
-  template <class T>
+  template <int channels, class T>
   static void run(const Image<T>& src, const Image<T>& dst, const Image<T>& between, const Mask& mask) {
-    Open::run(src, dst, between, mask);
+    Open::run<channels>(src, dst, between, mask);
     subtract(src, dst, dst);
   }
 };
 
 struct Blackhat {
-  template <class T>
+  template <int channels, class T>
   static void run(const Image<T>& src, const Image<T>& dst, const Image<T>& between, const Mask& mask) {
-    Close::run(src, dst, between, mask);
+    Close::run<channels>(src, dst, between, mask);
     subtract(dst, src, dst);
   }
 };
 
 struct Gradient {
-  template <class T>
+  template <int channels, class T>
   static void run(const Image<T>& src, const Image<T>& dst, const Image<T>& between, const Mask& mask) {
-    morphology<Erode, 1>(src, between, mask);
-    morphology<Dilate, 1>(src, dst, mask);
+    extrema<Lower, channels>(src, between, mask);
+    extrema<Higher, channels>(src, dst, mask);
     subtract(dst, between, dst);
   }
 };
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

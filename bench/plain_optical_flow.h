@@ -7,29 +7,19 @@
 #include <vector>
 
 #include "plain_geometry.h"
+#include "plain_scharr.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 struct FlowSettings {
   int side, mostSteps;
   float threshold;
 };
 
-// Derivatives with the taps 3 10 3 and -1 0 1, the border repeated, divided by 32.
-inline void scharr(const Image<std::uint8_t>& src, const Image<float>& dx, const Image<float>& dy) {
-  for (int y = 0; y < src.height; ++y) {
-    const std::uint8_t *a = src.row(std::max(y - 1, 0)), *b = src.row(y), *c = src.row(std::min(y + 1, src.height - 1));
-    for (int x = 0; x < src.width; ++x) {
-      const int l = std::max(x - 1, 0), r = std::min(x + 1, src.width - 1);
-      dx.row(y)[x] = float(3 * (a[r] - a[l]) + 10 * (b[r] - b[l]) + 3 * (c[r] - c[l])) * 0.03125f;
-      dy.row(y)[x] = float(3 * (c[l] - a[l]) + 10 * (c[x] - a[x]) + 3 * (c[r] - a[r])) * 0.03125f;
-    }
-  }
-}
-
 // False if the point is lost.
-inline bool refine(const Image<std::uint8_t>& previous, const Image<std::uint8_t>& next, const Image<float>& dx,
-                   const Image<float>& dy, Point32f point, Point32f& estimate, FlowSettings s) {
+template <class T>
+bool refine(const Image<T>& previous, const Image<T>& next, const Image<float>& dx, const Image<float>& dy,
+            Point32f point, Point32f& estimate, FlowSettings s) {
   const std::size_t n = std::size_t(s.side) * std::size_t(s.side);
   std::vector<float> i(n), j(n), ix(n), iy(n);
   window(previous, point, s.side, i.data());
@@ -58,4 +48,4 @@ inline bool refine(const Image<std::uint8_t>& previous, const Image<std::uint8_t
   return true;
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

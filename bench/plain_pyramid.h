@@ -9,19 +9,20 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 template <class T>
 using OctaveSum = std::conditional_t<std::is_same_v<T, float>, float, int>;
 
 inline int mirrored(int i, int n) { return i < 0 ? -i : i < n ? i : 2 * (n - 1) - i; }
 
-template <class T, int divisor>
+// Divides by a power of two.
+template <class T, int shift>
 T mean(OctaveSum<T> sum) {
   if constexpr (std::is_same_v<T, float>) {
-    return sum * (1.0f / divisor);
+    return sum * (1.0f / (1 << shift));
   } else {
-    return T((sum + divisor / 2) / divisor);
+    return T((sum + (1 << (shift - 1))) >> shift);
   }
 }
 
@@ -45,7 +46,7 @@ void octaveDown(const Image<T>& src, const Image<T>& dst, const Image<OctaveSum<
   for (int y = 0; y < dst.height; ++y) {
     const auto row = [&](int i) { return sums.row(mirrored(2 * y + i, src.height)); };
     const auto *a = row(-2), *b = row(-1), *c = row(0), *d = row(1), *e = row(2);
-    for (int n = 0; n < dst.width; ++n) dst.row(y)[n] = mean<T, 256>(weighted(a[n], b[n], c[n], d[n], e[n]));
+    for (int n = 0; n < dst.width; ++n) dst.row(y)[n] = mean<T, 8>(weighted(a[n], b[n], c[n], d[n], e[n]));
   }
 }
 
@@ -67,8 +68,8 @@ void octaveUp(const Image<T>& src, const Image<T>& dst, const Image<OctaveSum<T>
   for (int y = 0; y < src.height; ++y) {
     const auto *a = sums.row(y > 0 ? y - 1 : 1), *b = sums.row(y), *c = sums.row(std::min(y + 1, src.height - 1));
     for (int n = 0; n < dst.width; ++n) {
-      dst.row(2 * y)[n] = mean<T, 64>(even(a[n], b[n], c[n]));
-      dst.row(2 * y + 1)[n] = mean<T, 64>(odd(b[n], c[n]));
+      dst.row(2 * y)[n] = mean<T, 6>(even(a[n], b[n], c[n]));
+      dst.row(2 * y + 1)[n] = mean<T, 6>(odd(b[n], c[n]));
     }
   }
 }
@@ -144,4 +145,4 @@ void sampleColumns(const Image<float>& src, const Image<T>& out, Position positi
     });
 }
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

@@ -7,7 +7,7 @@
 
 #include "image.h"
 
-namespace bench::plain {
+namespace bench::ZVP_LOOPS::plain {
 
 inline int difference(int a, int b) { return std::abs(a - b); }
 inline float difference(float a, float b) { return std::fabs(a - b); }
@@ -15,27 +15,26 @@ inline float difference(float a, float b) { return std::fabs(a - b); }
 template <class T>
 class Speckles {
  public:
-  Speckles(const Image<T>& image, T marker, int maxSize, T tolerance)
-      : image_(image),
-        marker_(marker),
+  Speckles(RoiSize size, T marker, int maxSize, T tolerance)
+      : marker_(marker),
         maxSize_(maxSize),
         tolerance_(tolerance),
-        labels_(std::size_t(image.width) * std::size_t(image.height)),
+        labels_(std::size_t(size.width) * std::size_t(size.height)),
         stack_(labels_.size()),
         isSpeckle_(labels_.size() + 1) {}
 
-  void mark() {
-    const int width = image_.width, height = image_.height;
+  void mark(const Image<T>& image) {
+    const int width = image.width, height = image.height;
     std::fill(labels_.begin(), labels_.end(), 0);
     std::size_t next = 1;
     for (int y = 0; y < height; ++y) {
-      T* row = image_.row(y);
+      T* row = image.row(y);
       for (int x = 0; x < width; ++x) {
         if (row[x] == marker_) continue;
         std::uint32_t& label = labels_[std::size_t(y) * std::size_t(width) + std::size_t(x)];
         if (label == 0) {
           label = std::uint32_t(next++);
-          isSpeckle_[label] = regionSize(x, y, label) <= maxSize_;
+          isSpeckle_[label] = regionSize(image, x, y, label) <= maxSize_;
         }
         if (isSpeckle_[label]) row[x] = marker_;
       }
@@ -43,30 +42,29 @@ class Speckles {
   }
 
  private:
-  int regionSize(int x, int y, std::uint32_t label) {
+  int regionSize(const Image<T>& image, int x, int y, std::uint32_t label) {
     std::size_t top = 0;
     int size = 1;
     stack_[top++] = {x, y};
     while (top > 0) {
       const Point p = stack_[--top];
-      const T value = image_.row(p.y)[p.x];
+      const T value = image.row(p.y)[p.x];
       const auto join = [&](int nx, int ny) {
-        std::uint32_t& seen = labels_[std::size_t(ny) * std::size_t(image_.width) + std::size_t(nx)];
-        const T n = image_.row(ny)[nx];
+        std::uint32_t& seen = labels_[std::size_t(ny) * std::size_t(image.width) + std::size_t(nx)];
+        const T n = image.row(ny)[nx];
         if (seen != 0 || n == marker_ || difference(n, value) > tolerance_) return;
         seen = label;
         stack_[top++] = {nx, ny};
         ++size;
       };
       if (p.y > 0) join(p.x, p.y - 1);
-      if (p.y + 1 < image_.height) join(p.x, p.y + 1);
-      if (p.x + 1 < image_.width) join(p.x + 1, p.y);
+      if (p.y + 1 < image.height) join(p.x, p.y + 1);
+      if (p.x + 1 < image.width) join(p.x + 1, p.y);
       if (p.x > 0) join(p.x - 1, p.y);
     }
     return size;
   }
 
-  Image<T> image_;
   T marker_;
   int maxSize_;
   T tolerance_;
@@ -75,4 +73,4 @@ class Speckles {
   std::vector<std::uint8_t> isSpeckle_;
 };
 
-}  // namespace bench::plain
+}  // namespace bench::ZVP_LOOPS::plain

@@ -3,13 +3,8 @@
 #include "cases.h"
 #include "plain_pyramid.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
-
-template <class T>
-constexpr DataType kType = std::is_same_v<T, float> ? DataType32f
-                           : std::is_signed_v<T>    ? DataType8s
-                                                    : DataType8u;
 
 template <class T>
 using Octave = Status (*)(const T*, int, T*, int, RoiSize, std::uint8_t*);
@@ -24,26 +19,25 @@ Image<std::uint8_t> workBuffer(Status (*query)(int, DataType, int, int*), int wi
 template <int channels, class T>
 Work octaveDown(Octave<T> function, RoiSize size) {
   const auto src = randomImage<T>(size.width * channels, size.height, 1);
-  const Image<T> dst((size.width + 1) / 2 * channels, (size.height + 1) / 2), expected(dst.width, dst.height);
-  const Image<plain::OctaveSum<T>> sums(dst.width, size.height);
-  const auto buffer = workBuffer(zvpiPyrDownGetBufSize_Gauss5x5, size.width, kType<T>, channels);
-  return {.library = [=] { function(src.data(), src.step, dst.data(), dst.step, size, buffer.data()); },
-          .plain = [=] { plain::octaveDown<channels>(src, expected, sums); },
-          .bytes = src.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  const int width = (size.width + 1) / 2 * channels, height = (size.height + 1) / 2;
+  const Image<plain::OctaveSum<T>> sums(width, size.height);
+  const auto buffer = workBuffer(zvpiPyrDownGetBufSize_Gauss5x5, size.width, kDataType<T>, channels);
+  return fills<T>(
+      width, height, src.bytes(),
+      [=](const auto& dst) { function(src.data(), src.step, dst.data(), dst.step, size, buffer.data()); },
+      [=](const auto& dst) { plain::octaveDown<channels>(src, dst, sums); });
 }
 
 template <int channels, class T>
 Work octaveUp(Octave<T> function, RoiSize size) {
   const RoiSize half{size.width / 2, size.height / 2};
   const auto src = randomImage<T>(half.width * channels, half.height, 1);
-  const Image<T> dst(2 * src.width, 2 * src.height), expected(dst.width, dst.height);
-  const Image<plain::OctaveSum<T>> sums(dst.width, src.height);
-  const auto buffer = workBuffer(zvpiPyrUpGetBufSize_Gauss5x5, half.width, kType<T>, channels);
-  return {.library = [=] { function(src.data(), src.step, dst.data(), dst.step, half, buffer.data()); },
-          .plain = [=] { plain::octaveUp<channels>(src, expected, sums); },
-          .bytes = src.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  const Image<plain::OctaveSum<T>> sums(2 * src.width, src.height);
+  const auto buffer = workBuffer(zvpiPyrUpGetBufSize_Gauss5x5, half.width, kDataType<T>, channels);
+  return fills<T>(
+      2 * src.width, 2 * src.height, src.bytes(),
+      [=](const auto& dst) { function(src.data(), src.step, dst.data(), dst.step, half, buffer.data()); },
+      [=](const auto& dst) { plain::octaveUp<channels>(src, dst, sums); });
 }
 
 template <class T>
@@ -63,46 +57,48 @@ std::shared_ptr<PyramidLayerState> layerState(Status (*init)(PyramidLayerState**
 template <class T>
 using Layer = Status (*)(const T*, int, RoiSize, T*, int, RoiSize, PyramidLayerState*);
 
+RoiSize sizeBelow(RoiSize size, float rate) {
+  RoiSize smaller{};
+  zvpiGetPyramidDownROI(size, &smaller, rate);
+  return smaller;
+}
+
 template <int channels, class T, class Init>
 Work layerDown(Init init, Layer<T> function, RoiSize size, float rate) {
-  RoiSize result{};
-  zvpiGetPyramidDownROI(size, &result, rate);
+  const RoiSize smaller = sizeBelow(size, rate);
   const auto state = layerState<T>(init, size, rate);
   const auto src = randomImage<T>(size.width * channels, size.height, 1);
-  const Image<T> dst(result.width * channels, result.height), expected(dst.width, dst.height);
-  const Image<float> rows(src.width, src.height), whole(src.width, src.height), sampled(dst.width, src.height);
+  const Image<float> rows(src.width, src.height), whole(src.width, src.height);
+  const Image<float> narrow(smaller.width * channels, src.height);
   const auto position = [rate](int i) { return rate * float(i); };
-  return {.library = [=] { function(src.data(), src.step, size, dst.data(), dst.step, result, state.get()); },
-          .plain =
-              [=] {
-                plain::filterRows<channels>(src, rows);
-                plain::filterColumns(rows, whole);
-                plain::sampleRows<channels>(whole, sampled, position);
-                plain::sampleColumns(sampled, expected, position);
-              },
-          .bytes = src.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<T>(
+      narrow.width, smaller.height, src.bytes(),
+      [=](const auto& dst) { function(src.data(), src.step, size, dst.data(), dst.step, smaller, state.get()); },
+      [=](const auto& dst) {
+        plain::filterRows<channels>(src, rows);
+        plain::filterColumns(rows, whole);
+        plain::sampleRows<channels>(whole, narrow, position);
+        plain::sampleColumns(narrow, dst, position);
+      });
 }
 
 template <int channels, class T, class Init>
 Work layerUp(Init init, Layer<T> function, RoiSize size, float rate) {
-  RoiSize smaller{};
-  zvpiGetPyramidDownROI(size, &smaller, rate);
+  const RoiSize smaller = sizeBelow(size, rate);
   const auto state = layerState<T>(init, size, rate);
   const auto src = randomImage<T>(smaller.width * channels, smaller.height, 1);
-  const Image<T> dst(size.width * channels, size.height), expected(dst.width, dst.height);
-  const Image<float> wide(dst.width, src.height), rows(dst.width, src.height), tall(dst.width, dst.height);
+  const Image<float> wide(size.width * channels, src.height), rows(wide.width, src.height);
+  const Image<float> tall(wide.width, size.height);
   const auto position = [rate](int i) { return float(i) / rate; };
-  return {.library = [=] { function(src.data(), src.step, smaller, dst.data(), dst.step, size, state.get()); },
-          .plain =
-              [=] {
-                plain::sampleRows<channels>(src, wide, position);
-                plain::filterRows<channels>(wide, rows);
-                plain::sampleColumns(rows, tall, position);
-                plain::filterColumns(tall, expected);
-              },
-          .bytes = src.bytes() + dst.bytes(),
-          .agree = [=] { return same(dst, expected); }};
+  return fills<T>(
+      wide.width, size.height, src.bytes(),
+      [=](const auto& dst) { function(src.data(), src.step, smaller, dst.data(), dst.step, size, state.get()); },
+      [=](const auto& dst) {
+        plain::sampleRows<channels>(src, wide, position);
+        plain::filterRows<channels>(wide, rows);
+        plain::sampleColumns(rows, tall, position);
+        plain::filterColumns(tall, dst);
+      });
 }
 
 #define ZVP_OCTAVES(suffix, channels)                            \
@@ -123,10 +119,10 @@ Work layerUp(Init init, Layer<T> function, RoiSize size, float rate) {
 
 std::vector<Case> pyramidCases() {
   return {
-      ZVP_OCTAVES(8u_C1R, 1), ZVP_OCTAVES(8u_C3R, 3), ZVP_OCTAVES(32f_C1R, 1), ZVP_OCTAVES(32f_C3R, 3),
-      ZVP_LAYERS(8u_C1R, 1),  ZVP_LAYERS(8u_C3R, 3),  ZVP_LAYERS(16u_C1R, 1),  ZVP_LAYERS(16u_C3R, 3),
-      ZVP_LAYERS(32f_C1R, 1), ZVP_LAYERS(32f_C3R, 3),
+      ZVP_OCTAVES(8u_C1R, 1),  ZVP_OCTAVES(8u_C3R, 3),  ZVP_OCTAVES(8s_C1R, 1), ZVP_OCTAVES(8s_C3R, 3),
+      ZVP_OCTAVES(32f_C1R, 1), ZVP_OCTAVES(32f_C3R, 3), ZVP_LAYERS(8u_C1R, 1),  ZVP_LAYERS(8u_C3R, 3),
+      ZVP_LAYERS(16u_C1R, 1),  ZVP_LAYERS(16u_C3R, 3),  ZVP_LAYERS(32f_C1R, 1), ZVP_LAYERS(32f_C3R, 3),
   };
 }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS

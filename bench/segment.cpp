@@ -5,7 +5,7 @@
 #include "cases.h"
 #include "plain_segment.h"
 
-namespace bench {
+namespace bench::ZVP_LOOPS {
 namespace {
 
 constexpr int kMaxSize = 50;
@@ -31,52 +31,39 @@ Image<T> disparities(RoiSize size, unsigned outliers) {
   return map;
 }
 
-template <class T>
-void copyTo(const Image<T>& src, const Image<T>& dst) {
-  for (int y = 0; y < src.height; ++y) std::memcpy(dst.row(y), src.row(y), std::size_t(src.width) * sizeof(T));
-}
-
-// The image is restored before every run: both sides pay for that.
-template <class T>
-Work speckles(Status (*function)(T*, int, RoiSize, T, int, T, int, std::uint8_t*), DataType type, unsigned outliers,
-              RoiSize size) {
+// The image is restored before every run: all sides pay for that.
+template <unsigned outliers, class T>
+Work speckles(Status (*function)(T*, int, RoiSize, T, int, T, int, std::uint8_t*), RoiSize size) {
   const auto src = disparities<T>(size, outliers);
-  const Image<T> image(size.width, size.height), expected(size.width, size.height);
   int bytes = 0;
-  zvpiMarkSpecklesGetBufferSize(size, type, 1, &bytes);
+  zvpiMarkSpecklesGetBufferSize(size, kDataType<T>, 1, &bytes);
   const Image<std::uint8_t> buffer(bytes, 1);
   constexpr T kMarker = 0, kTolerance = 4;
-  const auto plain = std::make_shared<plain::Speckles<T>>(expected, kMarker, kMaxSize, kTolerance);
-  return {.library =
-              [=] {
-                copyTo(src, image);
-                function(image.data(), image.step, size, kMarker, kMaxSize, kTolerance, 1, buffer.data());
-              },
-          .plain =
-              [=] {
-                copyTo(src, expected);
-                plain->mark();
-              },
-          .bytes = 2 * src.bytes(),
-          .agree = [=] { return same(image, expected); }};
+  const auto plain = std::make_shared<plain::Speckles<T>>(size, kMarker, kMaxSize, kTolerance);
+  return fills<T>(
+      size.width, size.height, src.bytes(),
+      [=](const auto& image) {
+        copyPixels(src, image);
+        function(image.data(), image.step, size, kMarker, kMaxSize, kTolerance, 1, buffer.data());
+      },
+      [=](const auto& image) {
+        copyPixels(src, image);
+        plain->mark(image);
+      });
 }
 
-#define ZVP_SPECKLES(suffix, T, type, outliers, description)                                      \
-  Case {                                                                                          \
-    "zvpiMarkSpeckles_" #suffix ", " description,                                                 \
-        [](RoiSize size) { return speckles<T>(zvpiMarkSpeckles_##suffix, type, outliers, size); } \
-  }
+#define ZVP_SPECKLES(outliers, function, description) ZVP_CASE_OF(speckles<outliers>, function, ", " description)
 
 }  // namespace
 
 std::vector<Case> segmentCases() {
   return {
-      ZVP_SPECKLES(8u_C1IR, std::uint8_t, DataType8u, 50, "some noise"),
-      ZVP_SPECKLES(16u_C1IR, std::uint16_t, DataType16u, 50, "some noise"),
-      ZVP_SPECKLES(16s_C1IR, std::int16_t, DataType16s, 50, "some noise"),
-      ZVP_SPECKLES(16s_C1IR, std::int16_t, DataType16s, 4, "much noise"),
-      ZVP_SPECKLES(32f_C1IR, float, DataType32f, 50, "some noise"),
+      ZVP_SPECKLES(50, zvpiMarkSpeckles_8u_C1IR, "some noise"),
+      ZVP_SPECKLES(50, zvpiMarkSpeckles_16u_C1IR, "some noise"),
+      ZVP_SPECKLES(50, zvpiMarkSpeckles_16s_C1IR, "some noise"),
+      ZVP_SPECKLES(4, zvpiMarkSpeckles_16s_C1IR, "much noise"),
+      ZVP_SPECKLES(50, zvpiMarkSpeckles_32f_C1IR, "some noise"),
   };
 }
 
-}  // namespace bench
+}  // namespace bench::ZVP_LOOPS
