@@ -1,12 +1,14 @@
 // Upright integral images: sums grow along a row and are added to the table row above.
-#include "zvpcv/integral.h"
+#include <algorithm>
+
 #include "core/checks.h"
 #include "core/rows.h"
 #include "core/runs.h"
 #include "simd/walk.h"
 #include "stats/tables.h"
+#include "zvpcv/integral.h"
 
-namespace zvp {
+namespace zvp::stats {
 namespace {
 
 using simd::load, simd::Pack, simd::store;
@@ -26,6 +28,18 @@ struct TableRow {
   Entry* out;
   Sum sum = 0;
 };
+
+// Pixels that are appended at once.
+template <class Table>
+inline constexpr int kPack = std::is_same_v<typename Table::Entry, double> ? simd::lanes<double> : simd::lanes<int32_t>;
+
+// The first row and column of a table hold its start value.
+constexpr int kMargin = 1;
+
+template <class Table>
+void startTable(const Table& table, int width) {
+  fillRun(table.rows.data, width + kMargin, table.start);
+}
 
 // Appends N pixels at a time to one row; the running sum stands in every lane.
 template <class Table, int N>
@@ -85,57 +99,63 @@ class Appender {
   Pack<Sum, N> sum_;
 };
 
+// One row of one table.
 template <class Table>
-struct RowPair {
-  TableRow<Table> rows[2];
-};
-
-// kRows rows of each table, side by side: all but the first find the entries above them in registers.
-template <int N, int kRows, class Table>
-class RowsAppender {
- public:
-  ZVP_INLINE explicit RowsAppender(TableRow<Table>* rows) : first_(rows[0]), second_(rows[kRows - 1]) {}
-  ZVP_INLINE void append(int x, const uint8_t* const* src) {
-    const auto entries = first_.append(x, src[0] + x, first_.above(x));
-    if constexpr (kRows == 2) second_.append(x, src[1] + x, entries);
-  }
-  ZVP_INLINE void finish() {
-    first_.finish();
-    if constexpr (kRows == 2) second_.finish();
-  }
-
- private:
-  Appender<Table, N> first_, second_;
-};
-
-template <int N, int kRows, class... Tables>
-ZVP_INLINE int appendPixels(int x, int width, const uint8_t* const* src, TableRow<Tables>*... rows) {
-  [&](auto... appenders) {
-    for (; x <= width - N; x += N) (appenders.append(x, src), ...);
-    (appenders.finish(), ...);
-  }(RowsAppender<N, kRows, Tables>(rows)...);
-  return x;
+void appendRow(const uint8_t* pixels, int width, TableRow<Table> row) {
+  simd::forEachStretch<kPack<Table>>(
+      0, width, [&]<int N>(int x, int end) __attribute__((always_inline)) {
+        Appender<Table, N> entries(row);
+        for (; x < end; x += N) entries.append(x, pixels + x, entries.above(x));
+        entries.finish();
+      });
 }
 
-template <int kRows, class... Tables>
-void integralRows(Rows<const uint8_t> src, int y, int width, const Tables&... tables) {
-  constexpr bool kDoubles = (std::is_same_v<typename Tables::Entry, double> || ...);
-  constexpr int N = kDoubles ? simd::lanes<double> : simd::lanes<int32_t>;
-  const uint8_t* in[2] = {src.row(y), src.row(y + kRows - 1)};
-  [&](auto... out) {
-    const int x = appendPixels<N, kRows, Tables...>(0, width, in, out.rows...);
-    appendPixels<1, kRows, Tables...>(x, width, in, out.rows...);
-  }(RowPair<Tables>{{TableRow<Tables>(tables, y), TableRow<Tables>(tables, y + kRows - 1)}}...);
+// Two rows of one table, side by side: the lower one finds the entries above it in registers.
+template <class Table>
+void appendTwoRows(const uint8_t* upperPixels, const uint8_t* lowerPixels, int width, TableRow<Table> upper,
+                   TableRow<Table> lower) {
+  simd::forEachStretch<kPack<Table>>(
+      0, width, [&]<int N>(int x, int end) __attribute__((always_inline)) {
+        Appender<Table, N> first(upper), second(lower);
+        for (; x < end; x += N) second.append(x, lowerPixels + x, first.append(x, upperPixels + x, first.above(x)));
+        first.finish();
+        second.finish();
+      });
 }
 
-template <class... Tables>
-Status integral(Rows<const uint8_t> src, RoiSize roi, Tables... tables) {
-  if (Status s = checkTables(src, roi, 1, tables...)) return s;
-  (fillRun(tables.rows.data, roi.width + 1, tables.start), ...);
-  constexpr int kRows = sizeof...(Tables) == 1 ? 2 : 1;  // more streams of output would get in each other's way
+// One row of both tables; two rows of each would be more streams of output than go side by side.
+template <class Sums, class Squares>
+void appendBoth(const uint8_t* pixels, int width, TableRow<Sums> sums, TableRow<Squares> squares) {
+  simd::forEachStretch<std::min(kPack<Sums>, kPack<Squares>)>(
+      0, width, [&]<int N>(int x, int end) __attribute__((always_inline)) {
+        Appender<Sums, N> sum(sums);
+        Appender<Squares, N> square(squares);
+        for (; x < end; x += N) {
+          sum.append(x, pixels + x, sum.above(x));
+          square.append(x, pixels + x, square.above(x));
+        }
+        sum.finish();
+        square.finish();
+      });
+}
+
+template <class Table>
+Status integral(Rows<const uint8_t> src, RoiSize roi, Table table) {
+  if (Status s = checkTables(src, roi, kMargin, table)) return s;
+  startTable(table, roi.width);
   int y = 0;
-  for (; y + kRows <= roi.height; y += kRows) integralRows<kRows>(src, y, roi.width, tables...);
-  for (; y < roi.height; ++y) integralRows<1>(src, y, roi.width, tables...);
+  for (; roi.height - y >= 2; y += 2)
+    appendTwoRows<Table>(src.row(y), src.row(y + 1), roi.width, {table, y}, {table, y + 1});
+  if (y < roi.height) appendRow<Table>(src.row(y), roi.width, {table, y});
+  return StatusOk;
+}
+
+template <class Sums, class Squares>
+Status integral(Rows<const uint8_t> src, RoiSize roi, Sums sums, Squares squares) {
+  if (Status s = checkTables(src, roi, kMargin, sums, squares)) return s;
+  startTable(sums, roi.width);
+  startTable(squares, roi.width);
+  for (int y = 0; y < roi.height; ++y) appendBoth<Sums, Squares>(src.row(y), roi.width, {sums, y}, {squares, y});
   return StatusOk;
 }
 
@@ -160,8 +180,8 @@ ZVP_INLINE void floatRowSums(Rows<const float> src, Rows<float> dst, int y, int 
 }
 
 Status floatIntegral(Rows<const float> src, Rows<float> dst, RoiSize roi) {
-  if (Status s = checkTables(src, roi, 1, sumTable(dst.data, dst.step, 0.0f))) return s;
-  zeroRun(dst.data, roi.width + 1);
+  if (Status s = checkTables(src, roi, kMargin, sumTable(dst.data, dst.step, 0.0f))) return s;
+  zeroRun(dst.data, roi.width + kMargin);
   constexpr int kRows = 8;
   for (int y = 0; y < roi.height;) {
     const int rows = roi.height - y >= kRows ? kRows : 1;
@@ -180,9 +200,10 @@ Status floatIntegral(Rows<const float> src, Rows<float> dst, RoiSize roi) {
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::stats
 
-using zvp::floatIntegral, zvp::integral, zvp::Rows, zvp::squareTable, zvp::sumTable;
+using namespace zvp::stats;
+using zvp::Rows;
 
 Status zvpiIntegral_8u32s_C1R(const uint8_t* pSrc, int srcStep, int32_t* pDst, int dstStep, RoiSize roiSize,
                               int32_t val) {
@@ -197,17 +218,6 @@ Status zvpiIntegral_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dst
   return floatIntegral(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize);
 }
 
-Status zvpiSqrIntegral_8u32s_C1R(const uint8_t* pSrc, int srcStep, int32_t* pDst, int dstStep, int32_t* pSqr,
-                                 int sqrStep, RoiSize roiSize, int32_t val, int32_t valSqr) {
-  return integral(Rows{pSrc, srcStep}, roiSize, sumTable(pDst, dstStep, val), squareTable(pSqr, sqrStep, valSqr));
-}
-
-Status zvpiSqrIntegral_8u32s64f_C1R(const uint8_t* pSrc, int srcStep, int32_t* pDst, int dstStep, double* pSqr,
-                                    int sqrStep, RoiSize roiSize, int32_t val, double valSqr) {
-  return integral(Rows{pSrc, srcStep}, roiSize, sumTable(pDst, dstStep, val), squareTable(pSqr, sqrStep, valSqr));
-}
-
-Status zvpiSqrIntegral_8u32f64f_C1R(const uint8_t* pSrc, int srcStep, float* pDst, int dstStep, double* pSqr,
-                                    int sqrStep, RoiSize roiSize, float val, double valSqr) {
-  return integral(Rows{pSrc, srcStep}, roiSize, sumTable(pDst, dstStep, val), squareTable(pSqr, sqrStep, valSqr));
-}
+ZVP_SQUARED_TABLE(zvpiSqrIntegral_8u32s_C1R, integral, int32_t, int32_t)
+ZVP_SQUARED_TABLE(zvpiSqrIntegral_8u32s64f_C1R, integral, int32_t, double)
+ZVP_SQUARED_TABLE(zvpiSqrIntegral_8u32f64f_C1R, integral, float, double)

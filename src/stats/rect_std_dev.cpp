@@ -5,7 +5,7 @@
 #include "stats/tables.h"
 #include "zvpcv/integral.h"
 
-namespace zvp {
+namespace zvp::stats {
 namespace {
 
 using simd::convert, simd::Pack;
@@ -85,9 +85,8 @@ template <class S, class Q, class T, class Result>
 Status rectStdDev(Rows<const S> src, Rows<const Q> sqr, Rows<T> dst, RoiSize roi, Rect rect, Shape shape,
                   Result result) {
   const bool rectIsValid = rect.x >= 0 && rect.y >= 0 && rect.width >= 1 && rect.height >= 1;
-  if (Status s = firstFailure(nonNull(src, dst), nonNull(sqr), nonEmpty(roi), rowsFit(shape.tableWidth, src),
-                              rowsFit(shape.tableWidth, sqr), rowsFit(roi.width, dst), wholeElements(src, sqr, dst),
-                              check(rectIsValid, ErrSize)))
+  if (Status s = firstFailure(nonNull(src, sqr, dst), nonEmpty(roi), rowsFit(shape.tableWidth, src, sqr),
+                              rowsFit(roi.width, dst), wholeElements(src, sqr, dst), check(rectIsValid, ErrSize)))
     return s;
   constexpr int N = simd::lanes<double>;
   const double inverseArea = 1.0 / shape.area;
@@ -106,42 +105,27 @@ Status rectStdDev(Rows<const S> src, Rows<const Q> sqr, Rows<T> dst, RoiSize roi
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::stats
 
-using zvp::rectStdDev, zvp::Rows, zvp::tiltedShape, zvp::ToFloat, zvp::ToScaledInteger, zvp::uprightShape;
+using namespace zvp::stats;
+using zvp::Rows;
 
-Status zvpiRectStdDev_32f_C1R(const float* pSrc, int srcStep, const double* pSqr, int sqrStep, float* pDst, int dstStep,
-                              RoiSize roiSize, Rect rect) {
-  return rectStdDev(Rows{pSrc, srcStep}, Rows{pSqr, sqrStep}, Rows{pDst, dstStep}, roiSize, rect,
-                    uprightShape(roiSize, rect), ToFloat{});
-}
+#define ZVP_RECT_STD_DEV(name, S, shape)                                                                              \
+  Status name(const S* pSrc, int srcStep, const double* pSqr, int sqrStep, float* pDst, int dstStep, RoiSize roiSize, \
+              Rect rect) {                                                                                            \
+    return rectStdDev(Rows{pSrc, srcStep}, Rows{pSqr, sqrStep}, Rows{pDst, dstStep}, roiSize, rect,                   \
+                      shape(roiSize, rect), ToFloat{});                                                               \
+  }
+ZVP_RECT_STD_DEV(zvpiRectStdDev_32f_C1R, float, uprightShape)
+ZVP_RECT_STD_DEV(zvpiRectStdDev_32s32f_C1R, int32_t, uprightShape)
+ZVP_RECT_STD_DEV(zvpiTiltedRectStdDev_32f_C1R, float, tiltedShape)
+ZVP_RECT_STD_DEV(zvpiTiltedRectStdDev_32s32f_C1R, int32_t, tiltedShape)
 
-Status zvpiRectStdDev_32s32f_C1R(const int32_t* pSrc, int srcStep, const double* pSqr, int sqrStep, float* pDst,
-                                 int dstStep, RoiSize roiSize, Rect rect) {
-  return rectStdDev(Rows{pSrc, srcStep}, Rows{pSqr, sqrStep}, Rows{pDst, dstStep}, roiSize, rect,
-                    uprightShape(roiSize, rect), ToFloat{});
-}
-
-Status zvpiRectStdDev_32s_C1RSfs(const int32_t* pSrc, int srcStep, const int32_t* pSqr, int sqrStep, int32_t* pDst,
-                                 int dstStep, RoiSize roiSize, Rect rect, int scaleFactor) {
-  return rectStdDev(Rows{pSrc, srcStep}, Rows{pSqr, sqrStep}, Rows{pDst, dstStep}, roiSize, rect,
-                    uprightShape(roiSize, rect), ToScaledInteger(scaleFactor));
-}
-
-Status zvpiTiltedRectStdDev_32f_C1R(const float* pSrc, int srcStep, const double* pSqr, int sqrStep, float* pDst,
-                                    int dstStep, RoiSize roiSize, Rect rect) {
-  return rectStdDev(Rows{pSrc, srcStep}, Rows{pSqr, sqrStep}, Rows{pDst, dstStep}, roiSize, rect,
-                    tiltedShape(roiSize, rect), ToFloat{});
-}
-
-Status zvpiTiltedRectStdDev_32s32f_C1R(const int32_t* pSrc, int srcStep, const double* pSqr, int sqrStep, float* pDst,
-                                       int dstStep, RoiSize roiSize, Rect rect) {
-  return rectStdDev(Rows{pSrc, srcStep}, Rows{pSqr, sqrStep}, Rows{pDst, dstStep}, roiSize, rect,
-                    tiltedShape(roiSize, rect), ToFloat{});
-}
-
-Status zvpiTiltedRectStdDev_32s_C1RSfs(const int32_t* pSrc, int srcStep, const int32_t* pSqr, int sqrStep,
-                                       int32_t* pDst, int dstStep, RoiSize roiSize, Rect rect, int scaleFactor) {
-  return rectStdDev(Rows{pSrc, srcStep}, Rows{pSqr, sqrStep}, Rows{pDst, dstStep}, roiSize, rect,
-                    tiltedShape(roiSize, rect), ToScaledInteger(scaleFactor));
-}
+#define ZVP_SCALED_RECT_STD_DEV(name, shape)                                                                  \
+  Status name(const int32_t* pSrc, int srcStep, const int32_t* pSqr, int sqrStep, int32_t* pDst, int dstStep, \
+              RoiSize roiSize, Rect rect, int scaleFactor) {                                                  \
+    return rectStdDev(Rows{pSrc, srcStep}, Rows{pSqr, sqrStep}, Rows{pDst, dstStep}, roiSize, rect,           \
+                      shape(roiSize, rect), ToScaledInteger(scaleFactor));                                    \
+  }
+ZVP_SCALED_RECT_STD_DEV(zvpiRectStdDev_32s_C1RSfs, uprightShape)
+ZVP_SCALED_RECT_STD_DEV(zvpiTiltedRectStdDev_32s_C1RSfs, tiltedShape)

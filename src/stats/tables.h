@@ -5,7 +5,7 @@
 #include "core/rows.h"
 #include "simd/simd.h"
 
-namespace zvp {
+namespace zvp::stats {
 
 // One summed-area table: where it is written and the value it starts with. The squared table sums squared pixels.
 template <class S, bool kSquared>
@@ -29,7 +29,7 @@ Table<S, true> squareTable(S* data, int step, S start) {
 // The table has `margin` columns more than the source.
 template <class T, class... Tables>
 Status checkTables(Rows<const T> src, RoiSize roi, int margin, const Tables&... tables) {
-  return firstFailure(nonNull(src), nonNull(tables.rows...), nonEmpty(roi), rowsFit(roi.width, src),
+  return firstFailure(nonNull(src, tables.rows...), nonEmpty(roi), rowsFit(roi.width, src),
                       rowsFit(int64_t{roi.width} + margin, tables.rows...), wholeElements(src, tables.rows...));
 }
 
@@ -47,4 +47,11 @@ ZVP_INLINE V pixelTerm(V pixels) {
   }
 }
 
-}  // namespace zvp
+}  // namespace zvp::stats
+
+// A member that makes a table of sums of type S and one of squares of type Q.
+#define ZVP_SQUARED_TABLE(name, routine, S, Q)                                                                      \
+  Status name(const uint8_t* pSrc, int srcStep, S* pDst, int dstStep, Q* pSqr, int sqrStep, RoiSize roiSize, S val, \
+              Q valSqr) {                                                                                           \
+    return routine(Rows{pSrc, srcStep}, roiSize, sumTable(pDst, dstStep, val), squareTable(pSqr, sqrStep, valSqr)); \
+  }

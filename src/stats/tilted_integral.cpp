@@ -5,11 +5,11 @@
 #include "core/checks.h"
 #include "core/rows.h"
 #include "core/runs.h"
-#include "simd/simd.h"
+#include "simd/walk.h"
 #include "stats/tables.h"
 #include "zvpcv/integral.h"
 
-namespace zvp {
+namespace zvp::stats {
 namespace {
 
 using simd::convert, simd::load, simd::Pack, simd::store;
@@ -61,37 +61,37 @@ ZVP_INLINE void writeEdges(TiltedRow<typename Table::Entry> row, int width, int3
   store(row.out + width + 1, at(row.above + width));
 }
 
-template <int N, class... Tables>
-ZVP_INLINE int writeInterior(int j, int width, const uint8_t* src, TiltedRow<typename Tables::Entry>... rows) {
-  for (; j <= width - N; j += N) {
-    const auto pixels = simd::loadAs<int32_t, N>(src + j), left = simd::loadAs<int32_t, N>(src + j - 1);
-    (writeEntries<Tables, N>(rows, j, pixels, left), ...);
-  }
-  return j;
+// Columns 1 .. width - 1 of a row of each table.
+template <class... Tables>
+void writeInterior(int width, const uint8_t* src, TiltedRow<typename Tables::Entry>... rows) {
+  constexpr bool kDoubles = (!std::is_same_v<typename Tables::Entry, int32_t> || ...);
+  constexpr int kPack = kDoubles ? simd::lanes<double> : simd::lanes<int32_t>;
+  simd::forEachPack<kPack, sizeof(int32_t)>(
+      1, width, [=]<int N>(int j) __attribute__((always_inline)) {
+        const auto pixels = simd::loadAs<int32_t, N>(src + j), left = simd::loadAs<int32_t, N>(src + j - 1);
+        (writeEntries<Tables, N>(rows, j, pixels, left), ...);
+      });
 }
 
 template <class... Tables>
 Status tiltedIntegral(Rows<const uint8_t> src, RoiSize roi, Tables... tables) {
-  if (Status s = checkTables(src, roi, 2, tables...)) return s;
-  const auto fill = [&](const auto& table, int r) { fillRun(table.rows.row(r), roi.width + 2, table.start); };
-  (fill(tables, 0), ...);
-  (fill(tables, 1), ...);
-  constexpr bool kDoubles = (!std::is_same_v<typename Tables::Entry, int32_t> || ...);
-  constexpr int N = kDoubles ? simd::lanes<double> : simd::lanes<int32_t>;
+  constexpr int kMargin = 2;  // rows and columns more than the source's
+  if (Status s = checkTables(src, roi, kMargin, tables...)) return s;
+  for (int r = 0; r < kMargin; ++r) (fillRun(tables.rows.row(r), roi.width + kMargin, tables.start), ...);
   for (int y = 0; y < roi.height; ++y) {
     const uint8_t* row = src.row(y);
-    const int64_t r = int64_t{y} + 2;
-    const int j = writeInterior<N, Tables...>(1, roi.width, row, {tables, r}...);
-    writeInterior<1, Tables...>(j, roi.width, row, {tables, r}...);
+    const int64_t r = int64_t{y} + kMargin;
+    writeInterior<Tables...>(roi.width, row, {tables, r}...);
     (writeEdges<Tables>({tables, r}, roi.width, row[roi.width - 1]), ...);
   }
   return StatusOk;
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::stats
 
-using zvp::Rows, zvp::squareTable, zvp::sumTable, zvp::tiltedIntegral;
+using namespace zvp::stats;
+using zvp::Rows;
 
 Status zvpiTiltedIntegral_8u32s_C1R(const uint8_t* pSrc, int srcStep, int32_t* pDst, int dstStep, RoiSize roiSize,
                                     int32_t val) {
@@ -103,17 +103,6 @@ Status zvpiTiltedIntegral_8u32f_C1R(const uint8_t* pSrc, int srcStep, float* pDs
   return tiltedIntegral(Rows{pSrc, srcStep}, roiSize, sumTable(pDst, dstStep, val));
 }
 
-Status zvpiTiltedSqrIntegral_8u32s_C1R(const uint8_t* pSrc, int srcStep, int32_t* pDst, int dstStep, int32_t* pSqr,
-                                       int sqrStep, RoiSize roiSize, int32_t val, int32_t valSqr) {
-  return tiltedIntegral(Rows{pSrc, srcStep}, roiSize, sumTable(pDst, dstStep, val), squareTable(pSqr, sqrStep, valSqr));
-}
-
-Status zvpiTiltedSqrIntegral_8u32s64f_C1R(const uint8_t* pSrc, int srcStep, int32_t* pDst, int dstStep, double* pSqr,
-                                          int sqrStep, RoiSize roiSize, int32_t val, double valSqr) {
-  return tiltedIntegral(Rows{pSrc, srcStep}, roiSize, sumTable(pDst, dstStep, val), squareTable(pSqr, sqrStep, valSqr));
-}
-
-Status zvpiTiltedSqrIntegral_8u32f64f_C1R(const uint8_t* pSrc, int srcStep, float* pDst, int dstStep, double* pSqr,
-                                          int sqrStep, RoiSize roiSize, float val, double valSqr) {
-  return tiltedIntegral(Rows{pSrc, srcStep}, roiSize, sumTable(pDst, dstStep, val), squareTable(pSqr, sqrStep, valSqr));
-}
+ZVP_SQUARED_TABLE(zvpiTiltedSqrIntegral_8u32s_C1R, tiltedIntegral, int32_t, int32_t)
+ZVP_SQUARED_TABLE(zvpiTiltedSqrIntegral_8u32s64f_C1R, tiltedIntegral, int32_t, double)
+ZVP_SQUARED_TABLE(zvpiTiltedSqrIntegral_8u32f64f_C1R, tiltedIntegral, float, double)
