@@ -145,7 +145,6 @@ Status average(Rows<const float> src1, Rows<const float> src2, Rows<float> dst, 
 using zvp::accumulate, zvp::accumulateMasked, zvp::average, zvp::Rows, zvp::RunningAverage, zvp::Sum,
     zvp::SumOfProducts, zvp::SumOfSquares;
 
-// The forms of one source type.
 #define ZVP_IN_PLACE(name, T, operation)                                                     \
   Status name(const T* pSrc, int srcStep, float* pSrcDst, int srcDstStep, RoiSize roiSize) { \
     return accumulate(operation{}, roiSize, Rows{pSrcDst, srcDstStep}, Rows{pSrc, srcStep}); \
@@ -156,27 +155,27 @@ using zvp::accumulate, zvp::accumulateMasked, zvp::average, zvp::Rows, zvp::Runn
     return accumulateMasked(operation{}, roiSize, Rows{pMask, maskStep}, Rows{pSrcDst, srcDstStep},           \
                             Rows{pSrc, srcStep});                                                             \
   }
-#define ZVP_PRODUCT(types, T)                                                                                      \
-  Status zvpiAddProduct_##types##_C1IR(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, float* pSrcDst, \
-                                       int srcDstStep, RoiSize roiSize) {                                          \
-    return accumulate(SumOfProducts{}, roiSize, Rows{pSrcDst, srcDstStep}, Rows{pSrc1, src1Step},                  \
-                      Rows{pSrc2, src2Step});                                                                      \
-  }                                                                                                                \
-  Status zvpiAddProduct_##types##_C1IMR(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step,                \
-                                        const uint8_t* pMask, int maskStep, float* pSrcDst, int srcDstStep,        \
-                                        RoiSize roiSize) {                                                         \
-    return accumulateMasked(SumOfProducts{}, roiSize, Rows{pMask, maskStep}, Rows{pSrcDst, srcDstStep},            \
-                            Rows{pSrc1, src1Step}, Rows{pSrc2, src2Step});                                         \
+#define ZVP_PRODUCT(name, T)                                                                              \
+  Status name(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, float* pSrcDst, int srcDstStep, \
+              RoiSize roiSize) {                                                                          \
+    return accumulate(SumOfProducts{}, roiSize, Rows{pSrcDst, srcDstStep}, Rows{pSrc1, src1Step},         \
+                      Rows{pSrc2, src2Step});                                                             \
   }
-#define ZVP_WEIGHTED(types, T)                                                                                       \
-  Status zvpiAddWeighted_##types##_C1IR(const T* pSrc, int srcStep, float* pSrcDst, int srcDstStep, RoiSize roiSize, \
-                                        float alpha) {                                                               \
-    return accumulate(RunningAverage{alpha}, roiSize, Rows{pSrcDst, srcDstStep}, Rows{pSrc, srcStep});               \
-  }                                                                                                                  \
-  Status zvpiAddWeighted_##types##_C1IMR(const T* pSrc, int srcStep, const uint8_t* pMask, int maskStep,             \
-                                         float* pSrcDst, int srcDstStep, RoiSize roiSize, float alpha) {             \
-    return accumulateMasked(RunningAverage{alpha}, roiSize, Rows{pMask, maskStep}, Rows{pSrcDst, srcDstStep},        \
-                            Rows{pSrc, srcStep});                                                                    \
+#define ZVP_PRODUCT_MASKED(name, T)                                                                           \
+  Status name(const T* pSrc1, int src1Step, const T* pSrc2, int src2Step, const uint8_t* pMask, int maskStep, \
+              float* pSrcDst, int srcDstStep, RoiSize roiSize) {                                              \
+    return accumulateMasked(SumOfProducts{}, roiSize, Rows{pMask, maskStep}, Rows{pSrcDst, srcDstStep},       \
+                            Rows{pSrc1, src1Step}, Rows{pSrc2, src2Step});                                    \
+  }
+#define ZVP_WEIGHTED(name, T)                                                                             \
+  Status name(const T* pSrc, int srcStep, float* pSrcDst, int srcDstStep, RoiSize roiSize, float alpha) { \
+    return accumulate(RunningAverage{alpha}, roiSize, Rows{pSrcDst, srcDstStep}, Rows{pSrc, srcStep});    \
+  }
+#define ZVP_WEIGHTED_MASKED(name, T)                                                                          \
+  Status name(const T* pSrc, int srcStep, const uint8_t* pMask, int maskStep, float* pSrcDst, int srcDstStep, \
+              RoiSize roiSize, float alpha) {                                                                 \
+    return accumulateMasked(RunningAverage{alpha}, roiSize, Rows{pMask, maskStep}, Rows{pSrcDst, srcDstStep}, \
+                            Rows{pSrc, srcStep});                                                             \
   }
 
 ZVP_IN_PLACE(zvpiAdd_8u32f_C1IR, uint8_t, Sum)
@@ -196,15 +195,23 @@ ZVP_IN_PLACE_MASKED(zvpiAddSquare_8s32f_C1IMR, int8_t, SumOfSquares)
 ZVP_IN_PLACE_MASKED(zvpiAddSquare_16u32f_C1IMR, uint16_t, SumOfSquares)
 ZVP_IN_PLACE_MASKED(zvpiAddSquare_32f_C1IMR, float, SumOfSquares)
 
-ZVP_PRODUCT(8u32f, uint8_t)
-ZVP_PRODUCT(8s32f, int8_t)
-ZVP_PRODUCT(16u32f, uint16_t)
-ZVP_PRODUCT(32f, float)
+ZVP_PRODUCT(zvpiAddProduct_8u32f_C1IR, uint8_t)
+ZVP_PRODUCT(zvpiAddProduct_8s32f_C1IR, int8_t)
+ZVP_PRODUCT(zvpiAddProduct_16u32f_C1IR, uint16_t)
+ZVP_PRODUCT(zvpiAddProduct_32f_C1IR, float)
+ZVP_PRODUCT_MASKED(zvpiAddProduct_8u32f_C1IMR, uint8_t)
+ZVP_PRODUCT_MASKED(zvpiAddProduct_8s32f_C1IMR, int8_t)
+ZVP_PRODUCT_MASKED(zvpiAddProduct_16u32f_C1IMR, uint16_t)
+ZVP_PRODUCT_MASKED(zvpiAddProduct_32f_C1IMR, float)
 
-ZVP_WEIGHTED(8u32f, uint8_t)
-ZVP_WEIGHTED(8s32f, int8_t)
-ZVP_WEIGHTED(16u32f, uint16_t)
-ZVP_WEIGHTED(32f, float)
+ZVP_WEIGHTED(zvpiAddWeighted_8u32f_C1IR, uint8_t)
+ZVP_WEIGHTED(zvpiAddWeighted_8s32f_C1IR, int8_t)
+ZVP_WEIGHTED(zvpiAddWeighted_16u32f_C1IR, uint16_t)
+ZVP_WEIGHTED(zvpiAddWeighted_32f_C1IR, float)
+ZVP_WEIGHTED_MASKED(zvpiAddWeighted_8u32f_C1IMR, uint8_t)
+ZVP_WEIGHTED_MASKED(zvpiAddWeighted_8s32f_C1IMR, int8_t)
+ZVP_WEIGHTED_MASKED(zvpiAddWeighted_16u32f_C1IMR, uint16_t)
+ZVP_WEIGHTED_MASKED(zvpiAddWeighted_32f_C1IMR, float)
 
 Status zvpiAddWeighted_32f_C1R(const float* pSrc1, int src1Step, const float* pSrc2, int src2Step, float* pDst,
                                int dstStep, RoiSize roiSize, float alpha) {

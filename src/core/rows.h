@@ -1,9 +1,10 @@
-// Image operands: every pointer-and-step pair becomes a Rows at the border and stays one.
+// Operands: every pointer-and-step pair becomes a Rows at the border and stays one.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
 
+#include "simd/simd.h"
 #include "zvpcv/types.h"
 
 namespace zvp {
@@ -21,6 +22,16 @@ struct Rows {
 };
 template <class T>
 Rows(T*, int) -> Rows<T>;
+
+// A caller's array of numbers, at any alignment.
+template <class T>
+struct Array {
+  const T* data;
+
+  T operator[](int64_t i) const { return simd::load<T>(data + i); }
+};
+template <class T>
+Array(const T*) -> Array<T>;
 
 // Calls kernel(row of each operand..., n) from the top row to the bottom, for an operation on n elements a row each of
 // which stands alone. Rows without gaps between them are one long row.

@@ -7,13 +7,12 @@
 #include "detect/haar_object.h"
 #include "simd/simd.h"
 
-namespace zvp {
+namespace zvp::detect {
 namespace {
 
 using simd::broadcast, simd::convert, simd::load, simd::Pack;
 
-// --- The three arithmetics: how a rectangle sum, a classifier's decision and the stage's sum are formed
-// ---------------
+// --- The three arithmetics: how a rectangle sum, a classifier's decision and the stage's sum are formed ---------------
 
 // Rectangle sums in single precision (Entry = float) or in 32-bit integers that wrap and are then converted.
 template <class E>
@@ -196,7 +195,8 @@ int judge(const StageCall<A>& call, CornersAtRow corners, const typename A::Norm
   return positive;
 }
 
-// Entries are read between selected positions only: the last pack of a row ends at its last selected position, though
+// Not one of the shared walks, as it steps from one selected position to the next that is not settled yet. Entries are
+// read between selected positions only: the last pack of a row ends at its last selected position, though
 // it may begin among positions that are settled already.
 template <class A, class CornersAtRow>
 int64_t applyRow(const StageCall<A>& call, CornersAtRow corners, const typename A::Norm* norm, uint8_t* mask,
@@ -223,12 +223,14 @@ void applyStage(const StageCall<A>& call, const Corners& corners, Rows<const typ
   int64_t positive = 0;
   for (int y = 0; y < roi.height; ++y)
     positive += applyRow(call, corners.atRow(y), norm.row(y), mask.row(y), roi.width);
-  *positiveCount = static_cast<int>(positive);
+  simd::store(positiveCount, static_cast<int>(positive));
 }
 
 // The offsets of all corners from a position's own entry, in the order of the feature records; null without memory.
 ptrdiff_t* cornerOffsets(HaarClassifier* stage, int step) {
-  auto* offsets = static_cast<ptrdiff_t*>(allocBytes(4 * int{sizeof(ptrdiff_t)} * stage->features));
+  const Bytes bytes =
+      Bytes(stage->features) * int64_t{sizeof(HaarFeature::corners) / sizeof(Point) * sizeof(ptrdiff_t)};
+  auto* offsets = static_cast<ptrdiff_t*>(allocate(bytes));
   if (offsets == nullptr) return nullptr;
   ptrdiff_t* next = offsets;
   const HaarFeature* features = stage->allFeatures();
@@ -247,7 +249,7 @@ Rows<const Entry> asEntries(const void* data, int step) {
 template <class A>
 Status apply(Rows<const typename A::Entry> src, Rows<const typename A::Norm> norm, Rows<uint8_t> mask, RoiSize roi,
              int* positive, const StageCall<A>& call) {
-  if (Status s = firstFailure(nonNull(src, norm, mask), nonNull(positive, call.stage), nonEmpty(roi),
+  if (Status s = firstFailure(nonNull(src, norm, mask, positive, call.stage), nonEmpty(roi),
                               rowsFit(roi.width, src, norm, mask), wholeElements(src, norm)))
     return s;
   ptrdiff_t* offsets = cornerOffsets(call.stage, src.step / int{sizeof(typename A::Entry)});
@@ -261,7 +263,7 @@ template <class A>
 Status applyMixed(Rows<const typename A::Entry> src, Rows<const typename A::Entry> tilt,
                   Rows<const typename A::Norm> norm, Rows<uint8_t> mask, RoiSize roi, int* positive,
                   const StageCall<A>& call) {
-  if (Status s = firstFailure(nonNull(src, tilt), nonNull(norm, mask), nonNull(positive, call.stage), nonEmpty(roi),
+  if (Status s = firstFailure(nonNull(src, tilt, norm, mask, positive, call.stage), nonEmpty(roi),
                               rowsFit(roi.width, src, tilt, norm, mask), wholeElements(src, tilt, norm)))
     return s;
   applyStage(call, MixedCorners<typename A::Entry>{src, tilt}, norm, mask, roi, positive);
@@ -269,55 +271,44 @@ Status applyMixed(Rows<const typename A::Entry> src, Rows<const typename A::Entr
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::detect
 
-using zvp::asEntries, zvp::Rows, zvp::StageCall;
-using FromFloats = zvp::FloatArithmetic<float>;
-using FromIntegers = zvp::FloatArithmetic<uint32_t>;
-using Scaled = zvp::ScaledArithmetic;
+using namespace zvp::detect;
+using zvp::Rows;
+using FromFloats = FloatArithmetic<float>;
+using FromIntegers = FloatArithmetic<uint32_t>;
 
-Status zvpiApplyHaarClassifier_32f_C1R(const float* pSrc, int srcStep, const float* pNorm, int normStep, uint8_t* pMask,
-                                       int maskStep, RoiSize roiSize, int* pPositive, float threshold,
-                                       HaarClassifier* pState) {
-  return zvp::apply(Rows{pSrc, srcStep}, Rows{pNorm, normStep}, Rows{pMask, maskStep}, roiSize, pPositive,
-                    StageCall<FromFloats>{{}, pState, threshold});
-}
-
-Status zvpiApplyHaarClassifier_32s32f_C1R(const int32_t* pSrc, int srcStep, const float* pNorm, int normStep,
-                                          uint8_t* pMask, int maskStep, RoiSize roiSize, int* pPositive,
-                                          float threshold, HaarClassifier* pState) {
-  return zvp::apply(asEntries<uint32_t>(pSrc, srcStep), Rows{pNorm, normStep}, Rows{pMask, maskStep}, roiSize,
-                    pPositive, StageCall<FromIntegers>{{}, pState, threshold});
-}
+#define ZVP_APPLY(name, T, Entry, Arithmetic)                                                                       \
+  Status name(const T* pSrc, int srcStep, const float* pNorm, int normStep, uint8_t* pMask, int maskStep,           \
+              RoiSize roiSize, int* pPositive, float threshold, HaarClassifier* pState) {                           \
+    return apply(asEntries<Entry>(pSrc, srcStep), Rows{pNorm, normStep}, Rows{pMask, maskStep}, roiSize, pPositive, \
+                 StageCall<Arithmetic>{{}, pState, threshold});                                                     \
+  }
+ZVP_APPLY(zvpiApplyHaarClassifier_32f_C1R, float, float, FromFloats)
+ZVP_APPLY(zvpiApplyHaarClassifier_32s32f_C1R, int32_t, uint32_t, FromIntegers)
 
 Status zvpiApplyHaarClassifier_32s_C1RSfs(const int32_t* pSrc, int srcStep, const int32_t* pNorm, int normStep,
                                           uint8_t* pMask, int maskStep, RoiSize roiSize, int* pPositive,
                                           int32_t threshold, HaarClassifier* pState, int scaleFactor) {
-  return zvp::apply(asEntries<uint32_t>(pSrc, srcStep), Rows{pNorm, normStep}, Rows{pMask, maskStep}, roiSize,
-                    pPositive, StageCall<Scaled>{{scaleFactor}, pState, threshold});
+  return apply(asEntries<uint32_t>(pSrc, srcStep), Rows{pNorm, normStep}, Rows{pMask, maskStep}, roiSize, pPositive,
+               StageCall<ScaledArithmetic>{{scaleFactor}, pState, threshold});
 }
 
-Status zvpiApplyMixedHaarClassifier_32f_C1R(const float* pSrc, int srcStep, const float* pTilt, int tiltStep,
-                                            const float* pNorm, int normStep, uint8_t* pMask, int maskStep,
-                                            RoiSize roiSize, int* pPositive, float threshold, HaarClassifier* pState) {
-  return zvp::applyMixed(Rows{pSrc, srcStep}, Rows{pTilt, tiltStep}, Rows{pNorm, normStep}, Rows{pMask, maskStep},
-                         roiSize, pPositive, StageCall<FromFloats>{{}, pState, threshold});
-}
-
-Status zvpiApplyMixedHaarClassifier_32s32f_C1R(const int32_t* pSrc, int srcStep, const int32_t* pTilt, int tiltStep,
-                                               const float* pNorm, int normStep, uint8_t* pMask, int maskStep,
-                                               RoiSize roiSize, int* pPositive, float threshold,
-                                               HaarClassifier* pState) {
-  return zvp::applyMixed(asEntries<uint32_t>(pSrc, srcStep), asEntries<uint32_t>(pTilt, tiltStep),
-                         Rows{pNorm, normStep}, Rows{pMask, maskStep}, roiSize, pPositive,
-                         StageCall<FromIntegers>{{}, pState, threshold});
-}
+#define ZVP_APPLY_MIXED(name, T, Entry, Arithmetic)                                                              \
+  Status name(const T* pSrc, int srcStep, const T* pTilt, int tiltStep, const float* pNorm, int normStep,        \
+              uint8_t* pMask, int maskStep, RoiSize roiSize, int* pPositive, float threshold,                    \
+              HaarClassifier* pState) {                                                                          \
+    return applyMixed(asEntries<Entry>(pSrc, srcStep), asEntries<Entry>(pTilt, tiltStep), Rows{pNorm, normStep}, \
+                      Rows{pMask, maskStep}, roiSize, pPositive, StageCall<Arithmetic>{{}, pState, threshold});  \
+  }
+ZVP_APPLY_MIXED(zvpiApplyMixedHaarClassifier_32f_C1R, float, float, FromFloats)
+ZVP_APPLY_MIXED(zvpiApplyMixedHaarClassifier_32s32f_C1R, int32_t, uint32_t, FromIntegers)
 
 Status zvpiApplyMixedHaarClassifier_32s_C1RSfs(const int32_t* pSrc, int srcStep, const int32_t* pTilt, int tiltStep,
                                                const int32_t* pNorm, int normStep, uint8_t* pMask, int maskStep,
                                                RoiSize roiSize, int* pPositive, int32_t threshold,
                                                HaarClassifier* pState, int scaleFactor) {
-  return zvp::applyMixed(asEntries<uint32_t>(pSrc, srcStep), asEntries<uint32_t>(pTilt, tiltStep),
-                         Rows{pNorm, normStep}, Rows{pMask, maskStep}, roiSize, pPositive,
-                         StageCall<Scaled>{{scaleFactor}, pState, threshold});
+  return applyMixed(asEntries<uint32_t>(pSrc, srcStep), asEntries<uint32_t>(pTilt, tiltStep), Rows{pNorm, normStep},
+                    Rows{pMask, maskStep}, roiSize, pPositive,
+                    StageCall<ScaledArithmetic>{{scaleFactor}, pState, threshold});
 }

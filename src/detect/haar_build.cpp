@@ -1,12 +1,11 @@
 // Builds, measures and releases classifier objects.
 #include <algorithm>
-#include <numeric>
 
 #include "core/checks.h"
 #include "core/memory.h"
 #include "detect/haar_object.h"
 
-namespace zvp {
+namespace zvp::detect {
 namespace {
 
 enum class Orientation { kUpright, kTilted };
@@ -14,18 +13,22 @@ enum class Orientation { kUpright, kTilted };
 // The caller's arrays; T is the type of the numbers.
 template <class T>
 struct Stage {
-  const Rect* rects;
-  const T *weights, *thresholds, *val1, *val2;
-  const int* rectCounts;
+  Array<Rect> rects;
+  Array<T> weights, thresholds, val1, val2;
+  Array<int> rectCounts;
   int length;
 };
 
-Status positiveCounts(const int* counts, int length) {
-  return check(std::all_of(counts, counts + length, [](int n) { return n >= 1; }), ErrSize);
+template <class F>
+bool allOf(int64_t count, F holds) {
+  for (int64_t i = 0; i < count; ++i)
+    if (!holds(i)) return false;
+  return true;
 }
 
-int64_t objectBytes(int64_t rects, int64_t length) {
-  return int64_t{sizeof(HaarClassifier)} + length * int64_t{sizeof(HaarRecord)} + rects * int64_t{sizeof(HaarFeature)};
+Bytes objectBytes(int64_t rects, int64_t length) {
+  return int64_t{sizeof(HaarClassifier)} + Bytes(length) * int64_t{sizeof(HaarRecord)} +
+         Bytes(rects) * int64_t{sizeof(HaarFeature)};
 }
 
 bool isValid(const Rect& r, Orientation orientation) {
@@ -35,11 +38,11 @@ bool isValid(const Rect& r, Orientation orientation) {
   return right <= INT32_MAX && bottom <= INT32_MAX;
 }
 
-Rect bounds(const Rect* rects, int n) {
+Rect bounds(Array<Rect> rects, int n) {
   if (n == 0) return {};
   Rect all = rects[0];
   for (int i = 1; i < n; ++i) {
-    const Rect& r = rects[i];
+    const Rect r = rects[i];
     const int right = std::max(all.x + all.width, r.x + r.width), bottom = std::max(all.y + all.height, r.y + r.height);
     all.x = std::min(all.x, r.x);
     all.y = std::min(all.y, r.y);
@@ -61,16 +64,16 @@ void setCorners(Point (&c)[4], const Rect& r, Orientation orientation) {
 }
 
 // Records are grouped by their number of rectangles: two, three, any other.
+constexpr int kGroups = 3;
 int group(int rectCount) { return rectCount == 2 ? 0 : rectCount == 3 ? 1 : 2; }
 
 template <class T>
 void fillRecords(HaarClassifier* object, const Stage<T>& stage, Orientation orientation) {
   HaarRecord* record = object->records();
   HaarFeature* feature = object->allFeatures();
-  for (int g = 0; g < 3; ++g) {
-    const Rect* rect = stage.rects;
-    const T* weight = stage.weights;
-    for (int k = 0; k < stage.length; rect += stage.rectCounts[k], weight += stage.rectCounts[k], ++k) {
+  for (int g = 0; g < kGroups; ++g) {
+    int64_t first = 0;  // rectangle of classifier k
+    for (int k = 0; k < stage.length; first += stage.rectCounts[k], ++k) {
       if (group(stage.rectCounts[k]) != g) continue;
       record->features = stage.rectCounts[k];
       record->firstFeature.set(object, feature);
@@ -79,28 +82,33 @@ void fillRecords(HaarClassifier* object, const Stage<T>& stage, Orientation orie
       record->val2 = number(stage.val2[k]);
       record->tag = static_cast<uint32_t>(k) << HaarRecord::kPositionShift;
       if (orientation == Orientation::kTilted) record->tag |= HaarRecord::kTilted;
-      ++record;
-      for (int i = 0; i < stage.rectCounts[k]; ++i, ++feature) {
-        setCorners(feature->corners, rect[i], orientation);
-        feature->weight = number(weight[i]);
+      for (int i = 0; i < record->features; ++i, ++feature) {
+        setCorners(feature->corners, stage.rects[first + i], orientation);
+        feature->weight = number(stage.weights[first + i]);
       }
+      ++record;
     }
   }
 }
 
 template <class T>
 Status build(HaarClassifier** state, const Stage<T>& stage, Orientation orientation) {
-  if (Status s = firstFailure(nonNull(state), nonNull(stage.rects, stage.rectCounts),
-                              nonNull(stage.weights, stage.thresholds, stage.val1, stage.val2),
-                              check(stage.length >= 0, ErrSize)))
+  if (Status s = firstFailure(
+          nonNull(state, stage.rects, stage.rectCounts, stage.weights, stage.thresholds, stage.val1, stage.val2),
+          check(stage.length >= 0, ErrSize)))
     return s;
-  if (Status s = positiveCounts(stage.rectCounts, stage.length)) return s;
-  const int64_t rects = std::accumulate(stage.rectCounts, stage.rectCounts + stage.length, int64_t{0});
-  if (rects > INT32_MAX || objectBytes(rects, stage.length) > INT32_MAX) return ErrNoMemory;
-  const auto valid = [orientation](const Rect& r) { return isValid(r, orientation); };
-  if (!std::all_of(stage.rects, stage.rects + rects, valid)) return ErrBadArg;
+  int64_t rects = 0;
+  int32_t twoRectangleClassifiers = 0;
+  for (int k = 0; k < stage.length; ++k) {
+    if (stage.rectCounts[k] < 1) return ErrSize;
+    rects += stage.rectCounts[k];
+    twoRectangleClassifiers += stage.rectCounts[k] == 2 ? 1 : 0;
+  }
+  const Bytes bytes = objectBytes(rects, stage.length);
+  if (!bytes.fit()) return ErrNoMemory;
+  if (!allOf(rects, [&](int64_t i) { return isValid(stage.rects[i], orientation); })) return ErrBadArg;
 
-  auto* object = static_cast<HaarClassifier*>(allocBytes(static_cast<int32_t>(objectBytes(rects, stage.length))));
+  auto* object = static_cast<HaarClassifier*>(allocWords(bytes.value() / int{sizeof(int32_t)}));
   if (object == nullptr) return ErrNoMemory;
   *object = {};
   object->classifiers = stage.length;
@@ -108,10 +116,9 @@ Status build(HaarClassifier** state, const Stage<T>& stage, Orientation orientat
   object->firstRecord.set(object, reinterpret_cast<HaarRecord*>(object + 1));
   object->bounds = bounds(stage.rects, object->features);
   object->flags = orientation == Orientation::kTilted ? HaarClassifier::kTilted : 0;
-  object->twoRectangleClassifiers =
-      static_cast<int32_t>(std::count(stage.rectCounts, stage.rectCounts + stage.length, 2));
+  object->twoRectangleClassifiers = twoRectangleClassifiers;
   fillRecords(object, stage, orientation);
-  *state = object;
+  simd::store(state, object);
   return StatusOk;
 }
 
@@ -125,7 +132,7 @@ Status extent(HaarClassifier* object, RoiSize* size) {
       largest.height = std::max(largest.height, corner.y);
     }
   }
-  *size = largest;
+  simd::store(size, largest);
   return StatusOk;
 }
 
@@ -136,40 +143,23 @@ Status releaseAny(HaarClassifier* object) {
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::detect
 
-using zvp::Orientation, zvp::Stage;
+using namespace zvp::detect;
 
-Status zvpiHaarClassifierInitAlloc_32f(HaarClassifier** pState, const Rect* pFeature, const float* pWeight,
-                                       const float* pThreshold, const float* pVal1, const float* pVal2, const int* pNum,
-                                       int length) {
-  const Stage<float> stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
-  return zvp::build(pState, stage, Orientation::kUpright);
-}
+#define ZVP_INIT_ALLOC(name, T, orientation)                                                                        \
+  Status name(HaarClassifier** pState, const Rect* pFeature, const T* pWeight, const T* pThreshold, const T* pVal1, \
+              const T* pVal2, const int* pNum, int length) {                                                        \
+    const Stage<T> stage{{pFeature}, {pWeight}, {pThreshold}, {pVal1}, {pVal2}, {pNum}, length};                    \
+    return build(pState, stage, orientation);                                                                       \
+  }
+ZVP_INIT_ALLOC(zvpiHaarClassifierInitAlloc_32f, float, Orientation::kUpright)
+ZVP_INIT_ALLOC(zvpiHaarClassifierInitAlloc_32s, int32_t, Orientation::kUpright)
+ZVP_INIT_ALLOC(zvpiTiltedHaarClassifierInitAlloc_32f, float, Orientation::kTilted)
+ZVP_INIT_ALLOC(zvpiTiltedHaarClassifierInitAlloc_32s, int32_t, Orientation::kTilted)
 
-Status zvpiHaarClassifierInitAlloc_32s(HaarClassifier** pState, const Rect* pFeature, const int32_t* pWeight,
-                                       const int32_t* pThreshold, const int32_t* pVal1, const int32_t* pVal2,
-                                       const int* pNum, int length) {
-  const Stage<int32_t> stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
-  return zvp::build(pState, stage, Orientation::kUpright);
-}
+Status zvpiHaarClassifierFree_32f(HaarClassifier* pState) { return releaseAny(pState); }
+Status zvpiHaarClassifierFree_32s(HaarClassifier* pState) { return releaseAny(pState); }
 
-Status zvpiTiltedHaarClassifierInitAlloc_32f(HaarClassifier** pState, const Rect* pFeature, const float* pWeight,
-                                             const float* pThreshold, const float* pVal1, const float* pVal2,
-                                             const int* pNum, int length) {
-  const Stage<float> stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
-  return zvp::build(pState, stage, Orientation::kTilted);
-}
-
-Status zvpiTiltedHaarClassifierInitAlloc_32s(HaarClassifier** pState, const Rect* pFeature, const int32_t* pWeight,
-                                             const int32_t* pThreshold, const int32_t* pVal1, const int32_t* pVal2,
-                                             const int* pNum, int length) {
-  const Stage<int32_t> stage{pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length};
-  return zvp::build(pState, stage, Orientation::kTilted);
-}
-
-Status zvpiHaarClassifierFree_32f(HaarClassifier* pState) { return zvp::releaseAny(pState); }
-Status zvpiHaarClassifierFree_32s(HaarClassifier* pState) { return zvp::releaseAny(pState); }
-
-Status zvpiGetHaarClassifierSize_32f(HaarClassifier* pState, RoiSize* pSize) { return zvp::extent(pState, pSize); }
-Status zvpiGetHaarClassifierSize_32s(HaarClassifier* pState, RoiSize* pSize) { return zvp::extent(pState, pSize); }
+Status zvpiGetHaarClassifierSize_32f(HaarClassifier* pState, RoiSize* pSize) { return extent(pState, pSize); }
+Status zvpiGetHaarClassifierSize_32s(HaarClassifier* pState, RoiSize* pSize) { return extent(pState, pSize); }

@@ -8,7 +8,7 @@
 #include "core/link.h"
 #include "zvpcv/detect.h"
 
-namespace zvp {
+namespace zvp::detect {
 
 // A float or an int32_t, as the object's type says.
 struct Number {
@@ -42,12 +42,12 @@ struct HaarRecord {
 };
 static_assert(sizeof(HaarRecord) == 24);
 
-}  // namespace zvp
+}  // namespace zvp::detect
 
 struct HaarClassifier {
   int32_t classifiers;
   int32_t features;  // of all classifiers; their records stand in the order of the classifier records
-  zvp::Link<zvp::HaarRecord> firstRecord;
+  zvp::Link<zvp::detect::HaarRecord> firstRecord;
   Rect bounds;  // of all rectangles as the caller gave them
   uint32_t flags;
   int32_t twoRectangleClassifiers;
@@ -56,12 +56,14 @@ struct HaarClassifier {
 
   static constexpr uint32_t kTilted = 1;  // some features are tilted already
 
-  zvp::HaarRecord* records() { return firstRecord.get(this); }
-  zvp::HaarFeature* allFeatures() { return reinterpret_cast<zvp::HaarFeature*>(records() + classifiers); }
+  zvp::detect::HaarRecord* records() { return firstRecord.get(this); }
+  zvp::detect::HaarFeature* allFeatures() {
+    return reinterpret_cast<zvp::detect::HaarFeature*>(records() + classifiers);
+  }
 };
 static_assert(sizeof(HaarClassifier) == 48);
 
-namespace zvp {
+namespace zvp::detect {
 
 // The rectangle turned by 45 degrees about its topmost corner (x, y).
 inline void setTiltedCorners(Point (&c)[4], int64_t x, int64_t y, int64_t w, int64_t h) {
@@ -72,4 +74,4 @@ inline void setTiltedCorners(Point (&c)[4], int64_t x, int64_t y, int64_t w, int
   c[3] = at(x, y);
 }
 
-}  // namespace zvp
+}  // namespace zvp::detect

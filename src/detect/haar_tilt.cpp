@@ -2,7 +2,7 @@
 #include "core/checks.h"
 #include "detect/haar_object.h"
 
-namespace zvp {
+namespace zvp::detect {
 namespace {
 
 void tiltFeature(HaarFeature& feature, bool aboutTop) {
@@ -37,12 +37,12 @@ Status tilt(const uint8_t* mask, bool aboutTop, HaarClassifier* object) {
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::detect
 
 Status zvpiTiltHaarFeatures_32f(const uint8_t* pMask, int flag, HaarClassifier* pState) {
-  return zvp::tilt(pMask, flag != 0, pState);
+  return zvp::detect::tilt(pMask, flag != 0, pState);
 }
 
 Status zvpiTiltHaarFeatures_32s(const uint8_t* pMask, int flag, HaarClassifier* pState) {
-  return zvp::tilt(pMask, flag != 0, pState);
+  return zvp::detect::tilt(pMask, flag != 0, pState);
 }

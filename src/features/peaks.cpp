@@ -3,21 +3,22 @@
 #include <bit>
 #include <limits>
 
-#include "core/checks.h"
+#include "core/query.h"
 #include "core/rows.h"
 #include "simd/walk.h"
 #include "zvpcv/features.h"
 
-namespace zvp {
+namespace zvp::features {
 namespace {
 
 using simd::load, simd::maskBits, simd::Pack;
 
+// The published size: blocks of four pixels, five pixels more than a row has, and room to align.
 Status bufferSize(int width, int* size) {
-  const int64_t bytes = 128 * ((int64_t{width} + 5) / 4) + 32;
-  if (Status s = firstFailure(nonNull(size), check(width >= 1 && bytes <= INT32_MAX, ErrSize))) return s;
-  simd::store(size, static_cast<int>(bytes));
-  return StatusOk;
+  constexpr int kBlockPixels = 4, kBytesPerBlock = 128, kMorePixels = 5, kRoomToAlign = 32;
+  const Bytes blocks = (int64_t{width} + kMorePixels) / kBlockPixels;
+  return reportSize(firstFailure(nonNull(size), check(width >= 1, ErrSize)), blocks * kBytesPerBlock + kRoomToAlign,
+                    size);
 }
 
 // The most negative integer stays negative.
@@ -122,7 +123,7 @@ Status findPeaks(Rows<const T> src, RoiSize roi, T threshold, Point* points, int
   const bool sizesHold =
       capacity >= 1 && border >= 1 && !exceedsHalf(border, roi.width) && !exceedsHalf(border, roi.height);
   const bool rowFits = src.step / int{sizeof(T)} >= roi.width;
-  if (Status s = firstFailure(nonNull(src), nonNull(points, count, buffer), nonEmpty(roi), check(sizesHold, ErrSize),
+  if (Status s = firstFailure(nonNull(src, points, count, buffer), nonEmpty(roi), check(sizesHold, ErrSize),
                               check(rowFits, ErrStep), wholeElements(src), check(norm == 0 || norm == 1, ErrBadArg)))
     return s;
   PeakList peaks(points, capacity);
@@ -133,9 +134,10 @@ Status findPeaks(Rows<const T> src, RoiSize roi, T threshold, Point* points, int
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::features
 
-using zvp::bufferSize, zvp::findPeaks, zvp::Rows;
+using namespace zvp::features;
+using zvp::Rows;
 
 Status zvpiFindPeaks3x3GetBufferSize_32s_C1R(int roiWidth, int* pBufferSize) {
   return bufferSize(roiWidth, pBufferSize);
