@@ -89,6 +89,7 @@ template Status fillRun(int32_t*, int, int32_t);
 template Status fillRun(float*, int, float);
 template Status fillRun(double*, int, double);
 template Status convertRun(const uint8_t*, float*, int);
+template Status convertRun(const uint16_t*, float*, int);
 template Status convertRun(const int16_t*, float*, int);
 
 }  // namespace zvp

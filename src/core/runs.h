@@ -19,7 +19,7 @@ Status zeroRun(T* dst, int n) {
 
 Status copyRun(const uint8_t* src, uint8_t* dst, int n);
 
-// S is uint8_t or int16_t; exact.
+// S is uint8_t, uint16_t or int16_t; exact.
 template <class S>
 Status convertRun(const S* src, float* dst, int n);
 

@@ -2,27 +2,37 @@
 // 2 only the columns and rows that are sampled are filtered.
 #include "pyramid/layer.h"
 
-namespace zvp {
+namespace zvp::pyramid {
 namespace {
 
 template <int channels, class T>
 class Reduction {
  public:
+  static bool sizesAgree(RoiSize size, RoiSize result, const PyramidLayerState& state) {
+    return fitsInto(size, state.base) && sameSize(result, reducedSize(size, state.rate));
+  }
+
   Reduction(Rows<const T> src, RoiSize size, RoiSize result, PyramidLayerState& state)
       : src_(src),
         size_(size),
         state_(state),
-        ring_(state, size.height),
+        columns_(state, size.height),
         sampleRow_(state, result.width, [this](int64_t x) { return place(x, size_.width); }),
+        sampled_(state.pairRing()),
         result_(result.width),
         halves_(state.path != LayerPath::kAnyRate && 2 * int64_t{result.width} <= int64_t{size.width} + 1 &&
-                int64_t{result.width} + state.reach() <= state.base.width) {}
+                int64_t{result.width} + state.reach() <= state.base.width) {
+    halves_ ? placeTapsInHalves() : placeTaps<channels>(state);
+  }
 
   void makeRow(int64_t y, T* out) {
     const Sample sample = place(y, size_.height);
-    if (halves_) return ring_.filter(sample.from, elements(), out, [this](int64_t r) { halveRow(r); });
-    for (int64_t row = sample.from; row <= sample.from + (sample.between ? 1 : 0); ++row) provide(row);
-    blendRows(sample, state_.pair[sample.from % 2], state_.pair[(sample.from + 1) % 2], elements(), out);
+    if (halves_) {
+      columns_.filter(sample.from, elements(), out, [this](int64_t row, float* made) { halveRow(row, made); });
+    } else {
+      sampled_.provide(sample.from, sample.last(), [this](int64_t row, float* made) { sampleFiltered(row, made); });
+      blendRows(sample, sampled_.row(sample.from), sampled_.row(sample.from + 1), elements(), out);
+    }
   }
 
  private:
@@ -33,15 +43,22 @@ class Reduction {
     return sampleAt(state_.rate * static_cast<float>(result), n);
   }
 
-  // Filters a row of the source at its even columns: tap k of column 2 x meets one of every second pixel of the row, or
-  // one of the pixels between them.
-  void halveRow(int64_t row) {
-    toFloats(src_.row(row), int64_t{size_.width} * channels, state_.paddedRow());
+  void loadRow(int64_t row) { toFloats(src_.row(row), int64_t{size_.width} * channels, state_.paddedRow()); }
+
+  // Pixels of the padded row are parted into every second one and those between. Tap k of column 2 x meets one kind.
+  float* even() const { return state_.whole; }
+  float* odd() const { return state_.pair; }
+
+  void placeTapsInHalves() {
+    for (int64_t k = 0; k < state_.tapCount; ++k) state_.inRow[k] = (k % 2 == 0 ? even() : odd()) + k / 2 * channels;
+  }
+
+  // Filters a row of the source at its even columns.
+  void halveRow(int64_t row, float* out) {
+    loadRow(row);
     mirrorEnds<channels>(state_, size_.width);
-    float *even = state_.whole, *odd = state_.pair[0];
-    splitPixels(state_.padded, result_ + state_.reach(), even, odd);
-    sumTaps(state_, elements(), state_.ringRow(row),
-            [even, odd](int k) { return (k % 2 == 0 ? even : odd) + ptrdiff_t{k / 2} * channels; });
+    splitPixels(state_.padded, result_ + state_.reach(), even(), odd());
+    sumTaps(state_, state_.inRow, elements(), out);
   }
 
   // n pixels from every second one on, and the n - 1 between them.
@@ -54,48 +71,31 @@ class Reduction {
     for (int c = 0; c < channels; ++c) even[(n - 1) * channels + c] = from[2 * (n - 1) * channels + c];
   }
 
-  // Filters and samples a row into its place in state.pair.
-  void provide(int64_t row) {
-    if (row <= provided_) return;
-    provided_ = row;
-    ring_.filter(row, int64_t{size_.width} * channels, state_.whole, [this](int64_t r) {
-      toFloats(src_.row(r), int64_t{size_.width} * channels, state_.paddedRow());
-      filterRow<channels>(state_, size_.width, state_.ringRow(r));
+  // Samples a row that has been filtered both ways.
+  void sampleFiltered(int64_t row, float* out) {
+    columns_.filter(row, int64_t{size_.width} * channels, state_.whole, [this](int64_t r, float* made) {
+      loadRow(r);
+      filterRow<channels>(state_, size_.width, made);
     });
-    sampleRow_(state_.whole, state_.pair[row % 2]);
+    sampleRow_(state_.whole, out);
   }
 
   Rows<const T> src_;
   RoiSize size_;
   PyramidLayerState& state_;
-  RowRing ring_;
+  ColumnFilter columns_;
   RowSampler<channels> sampleRow_;
-  int64_t result_, provided_ = -1;
+  FixedRing<float, 2> sampled_;
+  int64_t result_;
   bool halves_;
 };
 
-template <int channels, class T>
-Status reduce(Rows<const T> src, RoiSize srcRoi, Rows<T> dst, RoiSize dstRoi, PyramidLayerState* state) {
-  if (Status s = checkLayers<channels>(src, srcRoi, dst, dstRoi, state)) return s;
-  if (!fitsInto(srcRoi, state->base) || !sameSize(dstRoi, reducedSize(srcRoi, state->rate))) return ErrSize;
-  Reduction<channels, T> reduction(src, srcRoi, dstRoi, *state);
-  for (int64_t y = 0; y < dstRoi.height; ++y) reduction.makeRow(y, dst.row(y));
-  return StatusOk;
-}
-
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::pyramid
 
-#define ZVP_LAYER_DOWN(NAME, T, CHANNELS)                                                                              \
-  Status zvpiPyramidLayerDown_##NAME(const T* pSrc, int srcStep, RoiSize srcRoi, T* pDst, int dstStep, RoiSize dstRoi, \
-                                     PyramidLayerState* pState) {                                                      \
-    return zvp::reduce<CHANNELS>(zvp::Rows<const T>{pSrc, srcStep}, srcRoi, zvp::Rows<T>{pDst, dstStep}, dstRoi,       \
-                                 pState);                                                                              \
-  }
-
-ZVP_LAYER_DOWN(8u_C1R, uint8_t, 1)
-ZVP_LAYER_DOWN(8u_C3R, uint8_t, 3)
-ZVP_LAYER_DOWN(16u_C1R, uint16_t, 1)
-ZVP_LAYER_DOWN(16u_C3R, uint16_t, 3)
-ZVP_LAYER_DOWN(32f_C1R, float, 1)
-ZVP_LAYER_DOWN(32f_C3R, float, 3)
+ZVP_LAYER(zvpiPyramidLayerDown_8u_C1R, Reduction, uint8_t, 1)
+ZVP_LAYER(zvpiPyramidLayerDown_8u_C3R, Reduction, uint8_t, 3)
+ZVP_LAYER(zvpiPyramidLayerDown_16u_C1R, Reduction, uint16_t, 1)
+ZVP_LAYER(zvpiPyramidLayerDown_16u_C3R, Reduction, uint16_t, 3)
+ZVP_LAYER(zvpiPyramidLayerDown_32f_C1R, Reduction, float, 1)
+ZVP_LAYER(zvpiPyramidLayerDown_32f_C3R, Reduction, float, 3)

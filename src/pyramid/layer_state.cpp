@@ -1,12 +1,22 @@
 // Makes and releases the states of the layer operations.
-#include "core/carver.h"
-#include "core/memory.h"
-#include "pyramid/layer.h"
+#include "pyramid/layer_state.h"
 
-namespace zvp {
+#include <float.h>
+#include <math.h>
+
+#include "core/data_type.h"
+#include "core/memory.h"
+#include "pyramid/sizes.h"
+#include "simd/simd.h"
+
+namespace zvp::pyramid {
 namespace {
 
-constexpr int kInterpolationLinear = 2, kLineFloats = 16, kLine = 64;
+constexpr int kInterpolationLinear = 2;
+
+// Taps are floats for floats, else integers.
+template <class T>
+using Tap = std::conditional_t<std::is_same_v<T, float>, float, int16_t>;
 
 template <class K>
 struct Kernel {
@@ -35,10 +45,7 @@ struct Kernel {
   }
 };
 
-float normalised(float tap, float sum) {
-  constexpr float kSmallest = 1.1754944e-38f;
-  return (sum < 0 ? -sum : sum) <= kSmallest ? tap : tap / sum;
-}
+float normalised(float tap, float sum) { return fabsf(sum) <= FLT_MIN ? tap : tap / sum; }
 
 // 13 fractional bits, in 16 bits.
 float normalised(int16_t tap, int64_t sum) {
@@ -61,44 +68,24 @@ LayerPath pathOf(const Kernel<K>& kernel, float rate) {
   return kernel.isBinomial() ? LayerPath::kHalvingBinomial : LayerPath::kHalving;
 }
 
-// Takes the places of a state and of its arrays, which are stored in `state`; returns its own.
-PyramidLayerState* place(PyramidLayerState& state, Carver& memory) {
-  auto* own = memory.take<PyramidLayerState>(1, alignof(PyramidLayerState));
-  const int64_t row = int64_t{state.base.width} * state.channels, pad = int64_t{state.reach()} * state.channels;
-  state.stride = roundUp(row, kLineFloats);
-  const auto floats = [&memory](Bytes n) { return memory.take<float>(n, kLine); };
-  state.ring = floats(Bytes(state.stride) * state.ringRows());
-  state.whole = floats(row);
-  for (float*& r : state.pair) r = floats(row);
-  state.padded = floats(pad + row + pad);
-  state.share = floats(row);
-  state.from = memory.take<int32_t>(row, kLine);
-  state.taps = floats(state.tapCount);
-  state.tapRows = memory.take<const float*>(state.tapCount, sizeof(float*));
-  return own;
-}
-
 template <class K>
 Status makeState(PyramidLayerState** result, PyramidLayerState settings, const Kernel<K>& kernel) {
   Carver measure = Carver::measuring();
-  place(settings, measure);
+  settings.place(measure);
   void* block = allocate(measure.size());
   if (block == nullptr) return ErrNoMemory;
   Carver memory(block, measure.size());
-  PyramidLayerState* state = place(settings, memory);
+  PyramidLayerState* state = settings.place(memory);
   *state = settings;
   copyNormalised(kernel, state->taps);
-  *result = state;
+  simd::store(result, state);
   return kernel.isSymmetric() ? StatusOk : WarnKernelNotSymmetric;
 }
 
-enum class Direction { kDown, kUp };
-
-template <class T, int channels, class K>
-Status initAlloc(Direction direction, PyramidLayerState** result, RoiSize base, float rate, Kernel<K> kernel,
+template <class T, int channels>
+Status initAlloc(int widthAbove, PyramidLayerState** result, RoiSize base, float rate, Kernel<Tap<T>> kernel,
                  int mode) {
-  const bool wideEnough = direction == Direction::kUp || base.width > kernel.size;
-  if (Status s = firstFailure(nonNull(result), nonNull(kernel.taps), nonEmpty(base), check(wideEnough, ErrSize),
+  if (Status s = firstFailure(nonNull(result, kernel.taps), nonEmpty(base), check(base.width > widthAbove, ErrSize),
                               check(mode == kInterpolationLinear, ErrBadArg), validRate(rate),
                               check(kernel.size >= 3 && kernel.size % 2 == 1, ErrBadArg)))
     return s;
@@ -112,24 +99,66 @@ Status initAlloc(Direction direction, PyramidLayerState** result, RoiSize base, 
   return makeState(result, settings, kernel);
 }
 
+// States of the reduction need an image wider than the kernel.
+template <class T, int channels>
+Status initDown(PyramidLayerState** result, RoiSize base, float rate, const Tap<T>* taps, int tapCount, int mode) {
+  return initAlloc<T, channels>(tapCount, result, base, rate, {taps, tapCount}, mode);
+}
+
+template <class T, int channels>
+Status initUp(PyramidLayerState** result, RoiSize base, float rate, const Tap<T>* taps, int tapCount, int mode) {
+  return initAlloc<T, channels>(0, result, base, rate, {taps, tapCount}, mode);
+}
+
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::pyramid
 
-#define ZVP_LAYER_STATE(DIRECTION, NAME, T, CHANNELS, K)                                                     \
-  Status zvpiPyramidLayer##DIRECTION##InitAlloc_##NAME(PyramidLayerState** ppState, RoiSize roi, float rate, \
-                                                       const K* pKernel, int kerSize, int mode) {            \
-    return zvp::initAlloc<T, CHANNELS>(zvp::Direction::k##DIRECTION, ppState, roi, rate,                     \
-                                       zvp::Kernel<K>{pKernel, kerSize}, mode);                              \
-  }                                                                                                          \
-  Status zvpiPyramidLayer##DIRECTION##Free_##NAME(PyramidLayerState* pState) { return zvp::release(pState); }
+PyramidLayerState* PyramidLayerState::place(zvp::Carver& memory) {
+  constexpr int kLine = 64, kLineFloats = 16;
+  auto* state = memory.take<PyramidLayerState>(1, alignof(PyramidLayerState));
+  const int64_t row = int64_t{base.width} * channels, pad = int64_t{reach()} * channels;
+  stride = zvp::roundUp(row, kLineFloats);
+  const auto floats = [&memory](zvp::Bytes n) { return memory.take<float>(n, kLine); };
+  ring = floats(zvp::Bytes(stride) * ringRows());
+  pair = floats(zvp::Bytes(stride) * 2);
+  whole = floats(row);
+  padded = floats(pad + row + pad);
+  share = floats(row);
+  from = memory.take<int32_t>(row, kLine);
+  taps = floats(tapCount);
+  inRow = memory.take<const float*>(tapCount, alignof(float*));
+  inRows = memory.take<const float*>(tapCount, alignof(float*));
+  return state;
+}
 
-#define ZVP_LAYER_STATES(NAME, T, CHANNELS, K) \
-  ZVP_LAYER_STATE(Down, NAME, T, CHANNELS, K)  \
-  ZVP_LAYER_STATE(Up, NAME, T, CHANNELS, K)
+#define ZVP_LAYER_INIT(NAME, INIT, T, CHANNELS, TAP)                                                             \
+  Status NAME(PyramidLayerState** ppState, RoiSize roi, float rate, const TAP* pKernel, int kerSize, int mode) { \
+    return zvp::pyramid::INIT<T, CHANNELS>(ppState, roi, rate, pKernel, kerSize, mode);                          \
+  }
 
-ZVP_LAYER_STATES(8u_C1R, uint8_t, 1, int16_t)
-ZVP_LAYER_STATES(8u_C3R, uint8_t, 3, int16_t)
-ZVP_LAYER_STATES(16u_C1R, uint16_t, 1, int16_t)
-ZVP_LAYER_STATES(16u_C3R, uint16_t, 3, int16_t)
-ZVP_LAYER_STATES(32f_C1R, float, 1, float)
-ZVP_LAYER_STATES(32f_C3R, float, 3, float)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_8u_C1R, initDown, uint8_t, 1, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_8u_C3R, initDown, uint8_t, 3, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_16u_C1R, initDown, uint16_t, 1, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_16u_C3R, initDown, uint16_t, 3, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_32f_C1R, initDown, float, 1, float)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_32f_C3R, initDown, float, 3, float)
+
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_8u_C1R, initUp, uint8_t, 1, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_8u_C3R, initUp, uint8_t, 3, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_16u_C1R, initUp, uint16_t, 1, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_16u_C3R, initUp, uint16_t, 3, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_32f_C1R, initUp, float, 1, float)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_32f_C3R, initUp, float, 3, float)
+
+Status zvpiPyramidLayerDownFree_8u_C1R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerDownFree_8u_C3R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerDownFree_16u_C1R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerDownFree_16u_C3R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerDownFree_32f_C1R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerDownFree_32f_C3R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerUpFree_8u_C1R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerUpFree_8u_C3R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerUpFree_16u_C1R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerUpFree_16u_C3R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerUpFree_32f_C1R(PyramidLayerState* pState) { return zvp::release(pState); }
+Status zvpiPyramidLayerUpFree_32f_C3R(PyramidLayerState* pState) { return zvp::release(pState); }

@@ -1,22 +1,30 @@
 // Layer expansion: samples the source between its pixels, and filters what comes out; along rows, then across them.
 #include "pyramid/layer.h"
 
-namespace zvp {
+namespace zvp::pyramid {
 namespace {
 
 template <int channels, class T>
 class Expansion {
  public:
+  static bool sizesAgree(RoiSize size, RoiSize result, const PyramidLayerState& state) {
+    return fitsInto(result, state.base) && expandedRange(size.width, state.rate).contains(result.width) &&
+           expandedRange(size.height, state.rate).contains(result.height);
+  }
+
   Expansion(Rows<const T> src, RoiSize size, RoiSize result, PyramidLayerState& state)
       : src_(src),
         size_(size),
         result_(result),
         state_(state),
-        ring_(state, result.height),
-        sampleRow_(state, result.width, [this](int64_t x) { return place(x, size_.width); }) {}
+        sampleRow_(state, result.width, [this](int64_t x) { return place(x, size_.width); }),
+        filtered_(state.pairRing()),
+        columns_(state, result.height) {
+    placeTaps<channels>(state);
+  }
 
   void makeRow(int64_t y, T* out) {
-    ring_.filter(y, elements(), out, [this](int64_t row) { interpolate(row); });
+    columns_.filter(y, elements(), out, [this](int64_t row, float* made) { blendFiltered(row, made); });
   }
 
  private:
@@ -24,57 +32,32 @@ class Expansion {
 
   Sample place(int64_t result, int64_t n) const { return sampleAt(static_cast<float>(result) / state_.rate, n); }
 
-  void interpolate(int64_t row) {
+  void blendFiltered(int64_t row, float* out) {
     const Sample sample = place(row, size_.height);
-    for (int64_t r = sample.from; r <= sample.from + (sample.between ? 1 : 0); ++r) provide(r);
-    blendRows(sample, state_.pair[sample.from % 2], state_.pair[(sample.from + 1) % 2], elements(),
-              state_.ringRow(row));
+    filtered_.provide(sample.from, sample.last(), [this](int64_t r, float* made) { filterSampled(r, made); });
+    blendRows(sample, filtered_.row(sample.from), filtered_.row(sample.from + 1), elements(), out);
   }
 
-  // Samples and filters a row of the source into its place in state.pair.
-  void provide(int64_t row) {
-    if (row <= provided_) return;
-    provided_ = row;
+  void filterSampled(int64_t row, float* out) {
     toFloats(src_.row(row), int64_t{size_.width} * channels, state_.whole);
     sampleRow_(state_.whole, state_.paddedRow());
-    filterRow<channels>(state_, result_.width, state_.pair[row % 2]);
+    filterRow<channels>(state_, result_.width, out);
   }
 
   Rows<const T> src_;
   RoiSize size_, result_;
   PyramidLayerState& state_;
-  RowRing ring_;
   RowSampler<channels> sampleRow_;
-  int64_t provided_ = -1;
+  FixedRing<float, 2> filtered_;
+  ColumnFilter columns_;
 };
 
-bool isExpanded(RoiSize size, RoiSize result, float rate) {
-  return expandedRange(size.width, rate).contains(result.width) &&
-         expandedRange(size.height, rate).contains(result.height);
-}
-
-template <int channels, class T>
-Status expand(Rows<const T> src, RoiSize srcRoi, Rows<T> dst, RoiSize dstRoi, PyramidLayerState* state) {
-  if (Status s = checkLayers<channels>(src, srcRoi, dst, dstRoi, state)) return s;
-  if (!fitsInto(dstRoi, state->base) || !isExpanded(srcRoi, dstRoi, state->rate)) return ErrSize;
-  Expansion<channels, T> expansion(src, srcRoi, dstRoi, *state);
-  for (int64_t y = 0; y < dstRoi.height; ++y) expansion.makeRow(y, dst.row(y));
-  return StatusOk;
-}
-
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::pyramid
 
-#define ZVP_LAYER_UP(NAME, T, CHANNELS)                                                                              \
-  Status zvpiPyramidLayerUp_##NAME(const T* pSrc, int srcStep, RoiSize srcRoi, T* pDst, int dstStep, RoiSize dstRoi, \
-                                   PyramidLayerState* pState) {                                                      \
-    return zvp::expand<CHANNELS>(zvp::Rows<const T>{pSrc, srcStep}, srcRoi, zvp::Rows<T>{pDst, dstStep}, dstRoi,     \
-                                 pState);                                                                            \
-  }
-
-ZVP_LAYER_UP(8u_C1R, uint8_t, 1)
-ZVP_LAYER_UP(8u_C3R, uint8_t, 3)
-ZVP_LAYER_UP(16u_C1R, uint16_t, 1)
-ZVP_LAYER_UP(16u_C3R, uint16_t, 3)
-ZVP_LAYER_UP(32f_C1R, float, 1)
-ZVP_LAYER_UP(32f_C3R, float, 3)
+ZVP_LAYER(zvpiPyramidLayerUp_8u_C1R, Expansion, uint8_t, 1)
+ZVP_LAYER(zvpiPyramidLayerUp_8u_C3R, Expansion, uint8_t, 3)
+ZVP_LAYER(zvpiPyramidLayerUp_16u_C1R, Expansion, uint16_t, 1)
+ZVP_LAYER(zvpiPyramidLayerUp_16u_C3R, Expansion, uint16_t, 3)
+ZVP_LAYER(zvpiPyramidLayerUp_32f_C1R, Expansion, float, 1)
+ZVP_LAYER(zvpiPyramidLayerUp_32f_C3R, Expansion, float, 3)

@@ -207,8 +207,8 @@ Status checkLevels(const Pyramid& a, const Pyramid& b, const OpticalFlowState& s
   for (int l = 0; l <= maxLev; ++l) {
     const RoiSize size = a.roiSizes[l];
     present = present && a.images[l] != nullptr && b.images[l] != nullptr;
-    sized = sized && nonEmpty(size) == StatusOk && sameSize(size, b.roiSizes[l]) && size.width <= state.width &&
-            size.height <= state.height;
+    sized = sized && nonEmpty(size) == StatusOk && pyramid::sameSize(size, b.roiSizes[l]) &&
+            pyramid::fitsInto(size, {state.width, state.height});
     const int64_t rowBytes = int64_t{size.width} * int64_t{sizeof(T)};
     stepped = stepped && a.steps[l] >= rowBytes && b.steps[l] >= rowBytes;
     whole = whole && a.steps[l] % int{sizeof(T)} == 0 && b.steps[l] % int{sizeof(T)} == 0;

@@ -6,7 +6,7 @@
 #include "pyramid/sizes.h"
 #include "zvpcv/pyramid.h"
 
-namespace zvp {
+namespace zvp::pyramid {
 namespace {
 
 // The gaps between the arrays are as wide as the block size, stated for 32-bit pointers, leaves them.
@@ -51,10 +51,10 @@ Status makeRecord(Pyramid** result, int level, RoiSize roi, float rate) {
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::pyramid
 
 Status zvpiPyramidInitAlloc(Pyramid** ppPyramid, int level, RoiSize roi, float rate) {
-  return zvp::makeRecord(ppPyramid, level, roi, rate);
+  return zvp::pyramid::makeRecord(ppPyramid, level, roi, rate);
 }
 
 Status zvpiPyramidFree(Pyramid* pPyramid) { return zvp::release(pPyramid); }

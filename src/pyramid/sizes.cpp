@@ -5,7 +5,7 @@
 #include "core/memory.h"
 #include "zvpcv/pyramid.h"
 
-namespace zvp {
+namespace zvp::pyramid {
 namespace {
 
 int64_t truncatedProduct(int64_t n, float rate) { return static_cast<int64_t>(static_cast<float>(n) * rate); }
@@ -56,12 +56,12 @@ SizeList::SizeList(RoiSize base, float rate) {
 
 SizeList::~SizeList() { releaseMemory(sizes_); }
 
-}  // namespace zvp
+}  // namespace zvp::pyramid
 
 Status zvpiGetPyramidUpROI(RoiSize srcRoi, RoiSize* pDstRoiMin, RoiSize* pDstRoiMax, float rate) {
-  return zvp::expand(srcRoi, pDstRoiMin, pDstRoiMax, rate);
+  return zvp::pyramid::expand(srcRoi, pDstRoiMin, pDstRoiMax, rate);
 }
 
 Status zvpiGetPyramidDownROI(RoiSize srcRoi, RoiSize* pDstRoi, float rate) {
-  return zvp::reduce(srcRoi, pDstRoi, rate);
+  return zvp::pyramid::reduce(srcRoi, pDstRoi, rate);
 }

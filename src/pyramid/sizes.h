@@ -5,7 +5,7 @@
 
 #include "core/checks.h"
 
-namespace zvp {
+namespace zvp::pyramid {
 
 constexpr Status validRate(float rate) { return check(rate > 1.0f && rate <= 10.0f, ErrBadArg); }
 
@@ -23,6 +23,9 @@ int64_t reducedSize(int64_t n, float rate);
 RoiSize reducedSize(RoiSize size, float rate);
 
 constexpr bool sameSize(RoiSize a, RoiSize b) { return a.width == b.width && a.height == b.height; }
+constexpr bool fitsInto(RoiSize size, RoiSize largest) {
+  return size.width <= largest.width && size.height <= largest.height;
+}
 
 // All sizes of a pyramid from a base size down to 1x1, in memory of their own.
 class SizeList {
@@ -42,4 +45,4 @@ class SizeList {
   int count_ = 0;
 };
 
-}  // namespace zvp
+}  // namespace zvp::pyramid
