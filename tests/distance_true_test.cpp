@@ -63,15 +63,31 @@ TEST(TrueDistance, EqualsTheComparisonWithEveryZeroPixel) {
     ASSERT_NO_FATAL_FAILURE(expectRandomEqualsPlain({130, 110}, zeroEvery, ++seed));
 }
 
-// Zero pixels in the corners and in the middle of the last row: the farthest intersections, squares beyond 24 bits.
+// Zero pixels in the first rows, left of the middle: far intersections, squares beyond 24 and beyond 31 bits.
 TEST(TrueDistance, IsCorrectlyRoundedOnLongImages) {
-  for (const RoiSize roi : {RoiSize{9001, 2}, {2, 9001}, {40000, 1}, {1, 40000}, {33000, 3}, {3, 33000}}) {
+  for (const RoiSize roi : {RoiSize{9001, 2}, {2, 9001}, {60000, 2}, {2, 60000}}) {
     const Image<uint8_t> src(roi.width, roi.height);
     src.fill([] { return 1; });
     src.set(0, 0, 0);
-    src.set(roi.height - 1, roi.width / 2, 0);
+    src.set(1, roi.width / 8, 0);
     ASSERT_NO_FATAL_FAILURE(expectEqualsPlain(src, static_cast<unsigned>(roi.width)));
   }
+}
+
+TEST(TrueDistance, SquaresOfSidesAddUpBeyond31Bits) {
+  constexpr RoiSize kRoi{46340, 430};  // each square fits 31 bits
+  constexpr int64_t kLastColumn = kRoi.width - 1, kLastRow = kRoi.height - 1;
+  const Image<uint8_t> src(kRoi.width, kRoi.height);
+  const Image<float> dst(kRoi.width, kRoi.height);
+  std::vector<uint8_t> buffer(24 * kRoi.width + 56);
+  memset(src.data(), 1, static_cast<size_t>(src.step()) * kRoi.height);
+  src.set(0, 0, 0);
+  src.set(kLastRow, kLastColumn, 0);
+  ASSERT_EQ(zvpiTrueDistanceTransform_8u32f_C1R(src.data(), src.step(), dst.data(), dst.step(), kRoi, buffer.data()),
+            StatusOk);
+  for (int64_t x = 0; x < kRoi.width; ++x)
+    ASSERT_EQ(dst.get(0, static_cast<int>(x)),
+              static_cast<float>(std::min(x * x, (kLastColumn - x) * (kLastColumn - x) + kLastRow * kLastRow)));
 }
 
 TEST(TrueDistance, HandComputed) {

@@ -213,6 +213,16 @@ TEST(FloodFill, FloatsCompareAsNumbers) {
   float large[] = {16777216.0f, 16777218.0f};
   EXPECT_EQ(zvpiFloodFill_Grad8Con_32f_C1IR(large, 8, {2, 1}, {0, 0}, 0, 1, 1, &region, buffer.data()), StatusOk);
   EXPECT_EQ(region.area, 1);
+  // The bound is rounded, not the distance: 1 - 0.75 x 2^-24 is the number below 1; 1 + 2^-30, rounded, is 1.
+  const auto joined = [&](float p, float delta) {
+    std::vector<float> row(20, p);
+    row[0] = 1;
+    EXPECT_EQ(zvpiFloodFill_Grad4Con_32f_C1IR(row.data(), 80, {20, 1}, {0, 0}, 5, delta, 0, &region, buffer.data()),
+              StatusOk);
+    return region.area;
+  };
+  EXPECT_EQ(joined(1 - 0x1p-24f, 0.75f * 0x1p-24f), 20);
+  EXPECT_EQ(joined(-0x1p-30f, 1), 1);
 }
 
 TEST(FloodFill, ChecksInOrderAndWritesNothing) {

@@ -138,6 +138,25 @@ TEST(Integral, SquaresOfALongRowStayExact) {  // more than 2^32 in one row
   EXPECT_EQ(sqr.get(1, kWidth), 65025.0 * kWidth);
 }
 
+// The 32-bit sum of a row wraps at pixel 8421505; squares do not.
+TEST(Integral, FloatTablesOfLongRowsWrap) {
+  constexpr int kWidth = 8421506;
+  const Image<uint8_t> src(kWidth, 2);
+  const Image<float> dst(kWidth + 1, 3), sums(kWidth + 1, 2);
+  const Image<double> sqr(kWidth + 1, 2);
+  memset(src.data(), 255, 2 * size_t{kWidth});
+  const auto call = [](auto... arguments) { return zvpiIntegral_8u32f_C1R(arguments..., 0.0f); };
+  ASSERT_EQ(callOnImages(call, {kWidth, 2}, src, dst), StatusOk);
+  const auto callSqr = [](auto... arguments) { return zvpiSqrIntegral_8u32f64f_C1R(arguments..., 0.0f, 0.0); };
+  ASSERT_EQ(callOnImages(callSqr, {kWidth, 1}, src, sums, sqr), StatusOk);
+  for (const auto& [x, sum] : {std::pair{kWidth - 2, 2147483520.0f}, {kWidth - 1, -2147483520.0f}}) {
+    EXPECT_EQ(dst.get(1, x), sum);
+    EXPECT_EQ(dst.get(2, x), 2 * sum);
+    EXPECT_EQ(sums.get(1, x), sum);
+    EXPECT_EQ(sqr.get(1, x), 65025.0 * x);
+  }
+}
+
 TEST(Integral, HandComputedTables) {
   const uint8_t pixel = 7;
   int32_t upright[4] = {}, tilted[9] = {};

@@ -58,14 +58,14 @@ struct Found {
 // Tracks points from the places `guess`.
 template <class T>
 Found track(const Member<T>& member, const Pyramid* a, const Pyramid* b, const std::vector<float>& points,
-            const std::vector<float>& guess, Settings s) {
+            const std::vector<float>& guess, Settings s, Status expected = StatusOk) {
   OpticalFlowState* state = nullptr;
   EXPECT_EQ(member.initAlloc(&state, a->roiSizes[0], s.winSize, 0), StatusOk);
   const size_t n = points.size() / 2;
   Found found{guess, std::vector<int8_t>(n, 77), std::vector<float>(n, 77)};
   EXPECT_EQ(member.flow(a, b, points.data(), found.next.data(), found.status.data(), found.error.data(),
                         static_cast<int>(n), s.winSize, s.maxLev, s.maxIter, s.threshold, state),
-            StatusOk);
+            expected);
   EXPECT_EQ(member.release(state), StatusOk);
   return found;
 }
@@ -319,10 +319,16 @@ TEST(OpticalFlow, StepsByHand) {
   };
   const ImagePyramid<float> previous({13, 13}, 1, 2.0f, [&](int, int y, int x) { return parabola(x) + parabola(y); });
   const ImagePyramid<float> next({13, 13}, 1, 2.0f, [&](int, int y, int x) { return steps(x) + parabola(y); });
-  const auto result = [&](int maxIter, float threshold) {
-    return track(k32f, previous.record(), next.record(), {kCentre, kCentre}, {kCentre, kCentre},
+  // Leaves a step of a half of that.
+  constexpr float kNudge = 0x1p-12f;
+  const ImagePyramid<float> nudged({13, 13}, 1, 2.0f, [&](int, int y, int x) {
+    return parabola(x) + parabola(y) - kNudge * static_cast<float>(x - kCentre);
+  });
+  const auto resultOn = [&](const ImagePyramid<float>& image, int maxIter, float threshold) {
+    return track(k32f, previous.record(), image.record(), {kCentre, kCentre}, {kCentre, kCentre},
                  {3, 0, maxIter, threshold});
   };
+  const auto result = [&](int maxIter, float threshold) { return resultOn(next, maxIter, threshold); };
   const Found one = result(1, 0);
   EXPECT_EQ(one.status[0], 0);
   EXPECT_NEAR(one.next[0], kCentre + 1.5, 1e-4);
@@ -330,6 +336,7 @@ TEST(OpticalFlow, StepsByHand) {
   EXPECT_NEAR(one.error[0], sqrt((4 + 2.25 + 16) / 3), 1e-3) << "I - J in every row: 1 + 1, 0 - 1.5, 1 - 5";
   EXPECT_NEAR(result(10, 1.6f).next[0], kCentre + 1.5, 1e-4) << "a short step is the last one";
   EXPECT_NEAR(result(10, 0).next[0], kCentre + 0.75, 1e-4) << "an oscillation ends half way back";
+  EXPECT_NEAR(resultOn(nudged, 1, 0).next[0], kCentre + kNudge / 2, 1e-5) << "one step, however short, is none";
 }
 
 // --- Lost points -----------------------------------------------------------------------------------------------------
@@ -383,6 +390,17 @@ TEST(OpticalFlow, PixelsThatAreNoNumbersLoseThePoint) {
   EXPECT_EQ(found.next[2], 30);
   const Found back = track(k32f, b.record(), a.record(), points, points, {7, 0});
   EXPECT_EQ(back.status, (std::vector<int8_t>{0, 1}));
+}
+
+// A status holds a level + 1 in seven bits.
+TEST(OpticalFlow, TheHighestLevelIs126) {
+  const ImagePyramid<float> image({130, 130}, 127, 1.001f,
+                                  [](int, int y, int x) { return static_cast<float>(x * x + y * y); });
+  const auto result = [&](int maxLev, Status expected) {
+    return track(k32f, image.record(), image.record(), {2, 2, -500, 2}, {2, 2, 2, 2}, {3, maxLev}, expected).status;
+  };
+  EXPECT_EQ(result(126, StatusOk), (std::vector<int8_t>{0, 127}));
+  EXPECT_EQ(result(127, ErrBadArg), (std::vector<int8_t>{77, 77}));
 }
 
 // --- States and checks -----------------------------------------------------------------------------------------------
@@ -441,9 +459,10 @@ TEST(OpticalFlow, ChecksInOrderAndWritesNothing) {
     const auto zero = [](int, int, int) { return T(0); };
     const ImagePyramid<T> a(kSmall, 2, 2.0f, zero), b(kSmall, 2, 2.0f, zero), other({32, 25}, 2, 2.0f, zero),
         short1(kSmall, 1, 2.0f, zero);
-    OpticalFlowState *state = nullptr, *small = nullptr;
+    OpticalFlowState *state = nullptr, *narrow = nullptr, *low = nullptr;
     ASSERT_EQ(member.initAlloc(&state, kSmall, 5, 0), StatusOk);
-    ASSERT_EQ(member.initAlloc(&small, {31, 24}, 5, 0), StatusOk);
+    ASSERT_EQ(member.initAlloc(&narrow, {31, 24}, 5, 0), StatusOk);
+    ASSERT_EQ(member.initAlloc(&low, {32, 23}, 5, 0), StatusOk);
     float prev[2] = {9, 9}, next[2] = {77, 77}, error = 77;
     int8_t status = 77;
 
@@ -457,7 +476,7 @@ TEST(OpticalFlow, ChecksInOrderAndWritesNothing) {
     using A = Arguments;
     const A valid{a.record(), b.record(), prev, next, &status, &error, 1, 5, 2, 1, 0, state};
     // Each is faulty in what later checks look at, too.
-    const A smallState = valid.with(&A::state, small), badLevels = smallState.with(&A::b, other.record()),
+    const A smallState = valid.with(&A::state, narrow), badLevels = smallState.with(&A::b, other.record()),
             badRange = badLevels.with(&A::maxLev, -1), badCount = badRange.with(&A::count, 0);
     expect(ErrNullPtr, {badCount.with(&A::a, nullptr), badCount.with(&A::b, nullptr), badCount.with(&A::prev, nullptr),
                         badCount.with(&A::next, nullptr), badCount.with(&A::status, nullptr),
@@ -467,7 +486,7 @@ TEST(OpticalFlow, ChecksInOrderAndWritesNothing) {
            {badRange, badLevels.with(&A::maxIter, 0), badLevels.with(&A::threshold, -0.1f),
             badLevels.with(&A::threshold, NAN), badLevels.with(&A::maxLev, 3), badLevels.with(&A::maxLev, INT32_MAX),
             valid.with(&A::a, short1.record()), valid.with(&A::b, short1.record())});
-    expect(ErrSize, {badLevels, smallState, valid.with(&A::b, other.record())});
+    expect(ErrSize, {badLevels, smallState, valid.with(&A::state, low), valid.with(&A::b, other.record())});
 
     for (Pyramid* p : {a.record(), b.record()}) {
       const int step = std::exchange(p->steps[1], 16 * int{sizeof(T)} - 1);
@@ -489,7 +508,8 @@ TEST(OpticalFlow, ChecksInOrderAndWritesNothing) {
     }
     EXPECT_EQ(std::tuple(int{status}, next[0], next[1], error), std::tuple(77, 77, 77, 77));
     member.release(state);
-    member.release(small);
+    member.release(narrow);
+    member.release(low);
   });
 }
 

@@ -185,7 +185,8 @@ void expectPyramidEqualsPlain(const Member<T>& member, RoiSize base, float rate,
 TEST(PyramidLayer, EqualsThePlainFiltersOnEveryLevel) {
   forEachMember([](const auto& member) {
     unsigned seed = 0;
-    for (const float rate : {1.05f, 1.3f, 1.5f, 1.99997f, 2.0f, 2.5f, 5.0f, 10.0f})
+    const float halving[] = {nextafterf(1.99998f, 2), nextafterf(2.00002f, 2)};  // the last rates on either side
+    for (const float rate : {1.05f, 1.3f, 1.5f, 1.99998f, halving[0], 2.0f, halving[1], 2.00002f, 2.5f, 5.0f, 10.0f})
       for (const RoiSize base : {RoiSize{8, 1}, {9, 23}, {40, 12}, {67, 5}})
         ASSERT_NO_FATAL_FAILURE(expectPyramidEqualsPlain(member, base, rate, ++seed));
     for (int width = 8; width <= 75; ++width)
@@ -236,6 +237,13 @@ TEST(PyramidLayer, KernelsByHand) {
   EXPECT_EQ(runRow(kDown8u, {0, 0, 60, 0, 0}, 3, 2.0f, {-2, 5, -2}), (U8{0, 0, 0}));
   EXPECT_EQ(runRow(kDown32f, {1, 2, 4, 8, 16}, 3, 2.0f, {-1, 2, -1}), (std::vector<float>{0, 0, 0}))
       << "without a sum floats are kept: -1 + 2 - 1 of one row";
+  // A sum of at most the smallest normal number is none.
+  for (const float sign : {1.0f, -1.0f}) {
+    const float quarter = sign * 0x1p-128f, half = sign * 0x1p-127f, more = nextafterf(half, sign);
+    const std::vector<float> src(5, 0x1p127f);
+    EXPECT_EQ(runRow(kDown32f, src, 3, 2.0f, {quarter, half, quarter}), std::vector<float>(3, 0x1p-125f));
+    EXPECT_GT(runRow(kDown32f, src, 3, 2.0f, {quarter, more, quarter})[1], 0x1p126f);
+  }
 }
 
 // --- Checks ----------------------------------------------------------------------------------------------------------

@@ -15,7 +15,7 @@ struct Geometry {
 };
 
 Geometry upright(Rect r) {
-  const float area = static_cast<float>(r.width * r.height);
+  const float area = static_cast<float>(int64_t{r.width} * r.height);
   const int x = r.x, y = r.y, right = x + r.width, bottom = y + r.height;
   return {{x, y}, {right, y}, {right, bottom}, {x, bottom}, 1.0 / static_cast<double>(area)};
 }
@@ -124,6 +124,23 @@ TEST(RectStdDev, EqualsTheDefinitionAndChecksInOrder) {
   for (const int scaleFactor : {0, 3, -5, -31, 40, 2000, -2000, INT32_MAX, INT32_MIN}) {
     expectMember("32s Sfs", zvpiRectStdDev_32s_C1RSfs, false, scaleFactor);
     expectMember("Tilted 32s Sfs", zvpiTiltedRectStdDev_32s_C1RSfs, true, scaleFactor);
+  }
+}
+
+// Tables of which only the corners take memory, the same one for sums and squares: a mean of a quarter (an eighth).
+TEST(RectStdDev, AreasBeyond24And31Bits) {
+  if (sizeof(void*) == 4) GTEST_SKIP() << "tables of 8 and 32 GiB";
+  constexpr Rect kRect{0, 0, 46341, 46341};  // not a single-precision number
+  constexpr int kSide = kRect.width + 1, kScaleFactor = -31;
+  for (const bool isTilted : {false, true}) {
+    const Image<int32_t> table(isTilted ? 2 * kSide : kSide, isTilted ? 2 * kSide : kSide);
+    const Geometry g = isTilted ? tilted(kRect) : upright(kRect);
+    table.set(g.d.y, g.d.x, 1 << 29);
+    int32_t deviation = 0;
+    ASSERT_EQ((isTilted ? zvpiTiltedRectStdDev_32s_C1RSfs : zvpiRectStdDev_32s_C1RSfs)(
+                  table.data(), table.step(), table.data(), table.step(), &deviation, 4, {1, 1}, kRect, kScaleFactor),
+              StatusOk);
+    EXPECT_EQ(deviation, plainResult(plainVariance(table, table, g, 0, 0), kScaleFactor));
   }
 }
 

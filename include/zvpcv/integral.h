@@ -23,9 +23,10 @@ extern "C" {
  * val, valSqr   start values; zvpiIntegral_32f_C1R starts at 0
  *
  * 32s tables wrap modulo 2^32. In the others an entry is the row's sum so far plus the entry above: a 32f table of an
- * 8u source keeps the row sum as a 32-bit integer, converts it to single precision and adds the entry above in single
- * precision; 64f tables keep the row sum exact and add the entry above in double precision; zvpiIntegral_32f_C1R adds
- * pixel by pixel, left to right, in single precision (which bits a NaN carries is not defined).
+ * 8u source keeps the row sum as a signed 32-bit integer, which wraps beyond 2^31 - 1 (rows longer than 8421504 pixels
+ * can reach that), converts it to single precision and adds the entry above in single precision; 64f tables keep the
+ * row sum exact and add the entry above in double precision; zvpiIntegral_32f_C1R adds pixel by pixel, left to right,
+ * in single precision (which bits a NaN carries is not defined).
  *
  * Status, in the order of the checks:
  *   ErrNullPtr          a pointer is null

@@ -58,8 +58,8 @@ inline std::vector<Mask> manyMasks() {
   masks.push_back(drawn({"x.."}));
   masks.push_back(drawn({".xx.x.x..x"}));
   masks.push_back(drawn({"x", ".", "x", "x", "."}));
-  masks.push_back(drawn({"....", "....", "..xx", "..xx"}));      // below and right of the anchor
-  masks.push_back(drawn({"xx...", "xx...", ".....", "....."}));  // above and left of it
+  masks.push_back(drawn({"....", "....", "..xx", "..xx"}));               // below and right of the anchor
+  masks.push_back(drawn({"xx...", "xx...", ".....", ".....", "....."}));  // above and left of it
   masks.push_back(drawn({".x.", "xxx", ".x."}));
   masks.push_back(drawn({"xxx", "...", ".x."}));
   masks.push_back(drawn({"x.x.x", ".x.x.", "x.x.x", ".x.x."}));
