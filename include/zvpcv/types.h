@@ -12,7 +12,14 @@
  *   4. a step that is not a multiple of an element size of 2, 4 or 8    ErrStepNotMultiple
  *   5. what the family adds
  *
- * Any function may run on any number of threads at once, provided that no two of them write the same memory. */
+ * Any function may run on any number of threads at once, provided that no two of them write the same memory.
+ *
+ * Results are those of the default floating-point environment: rounding to nearest, subnormal numbers kept. The library
+ * neither looks at the environment nor changes it. Where a caller has set another rounding mode, flush-to-zero or
+ * denormals-are-zero (in MXCSR), floating-point operations follow that, with the results that this leads to; still no
+ * byte outside the operands is touched. Integer results are the same in every environment, except those that pass
+ * through floating point: of the filter pipelines (but not their Low members), of RectStdDev and CopySubpix, of pyramid
+ * layers, and the sizes in pyramids. */
 #ifndef ZVPCV_TYPES_H
 #define ZVPCV_TYPES_H
 
