@@ -48,6 +48,8 @@ constexpr int64_t modeCoordinate(int64_t x, int64_t extent, BorderType mode) {
     case BorderWrap:
       return floorModulo(x, extent);
     case BorderReflect: {
+      const int64_t once = x < 0 ? -x : 2 * (extent - 1) - x;
+      if (once >= 0 && once < extent) return once;  // mostly, and a division costs more than the pixel
       if (extent == 1) return 0;
       const int64_t phase = floorModulo(x, 2 * (extent - 1));
       return phase < extent ? phase : 2 * (extent - 1) - phase;

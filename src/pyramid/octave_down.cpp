@@ -1,15 +1,12 @@
 // Octave reduction: sums of five pixels along every row, at every second column; then of five such sums across rows.
-#include <algorithm>
-
-#include "core/carver.h"
-#include "core/rows.h"
 #include "pyramid/octave.h"
-#include "zvpcv/pyramid.h"
 
-namespace zvp {
+namespace zvp::pyramid {
 namespace {
 
-constexpr int kTaps = 5, kReach = 2, kRingRows = 5, kBufferRows = 6;
+constexpr int kTaps = 5, kReach = 2, kRingRows = 5;
+
+using Memory = OctaveMemory<kRingRows + 1, 1>;  // one more than is used
 
 // 1 4 6 4 1, in the order of the taps.
 template <class V>
@@ -17,9 +14,6 @@ ZVP_INLINE V weighted(V a, V b, V c, V d, V e) {
   using S = simd::Element<V>;
   return V(V(V(V(a + V(b * S{4})) + V(c * S{6})) + V(d * S{4})) + e);
 }
-
-// Where index i of n >= 3 pixels, at most two outside, is mirrored to.
-constexpr int64_t mirrored(int64_t i, int64_t n) { return i < 0 ? -i : i < n ? i : 2 * (n - 1) - i; }
 
 // The sums along one row for the outputs whose five pixels lie inside; output x has its centre at pixel 2 x.
 template <class T, int channels>
@@ -67,16 +61,18 @@ struct RowKernel {
 template <int channels, class T>
 void sumRow(const T* row, int64_t width, OctaveSum<T>* sums) {
   using Sum = OctaveSum<T>;
-  const auto pixel = [row](int64_t x, int c) { return static_cast<Sum>(simd::load<T>(row + x * channels + c)); };
+  const auto load = [](const T* p) { return static_cast<Sum>(simd::load<T>(p)); };
   if (width < 3) {
-    for (int c = 0; c < channels; ++c) sums[c] = static_cast<Sum>(Sum(pixel(0, c) + pixel(width - 1, c)) * Sum{8});
+    for (int c = 0; c < channels; ++c)
+      simd::store(sums + c, static_cast<Sum>(Sum(load(row + c) + load(row + (width - 1) * channels + c)) * Sum{8}));
     return;
   }
   const auto end = [=](int64_t x) {
-    for (int c = 0; c < channels; ++c) {
-      const auto tap = [=](int i) { return pixel(mirrored(2 * x + i - kReach, width), c); };
-      sums[x * channels + c] = weighted<Sum>(tap(0), tap(1), tap(2), tap(3), tap(4));
-    }
+    const auto tap = [=](int64_t i) { return row + modeCoordinate(2 * x + i, width, BorderReflect) * channels; };
+    const T* taps[kTaps] = {tap(-2), tap(-1), row + 2 * x * channels, tap(1), tap(2)};
+    for (int c = 0; c < channels; ++c)
+      simd::store(sums + x * channels + c, weighted<Sum>(load(taps[0] + c), load(taps[1] + c), load(taps[2] + c),
+                                                         load(taps[3] + c), load(taps[4] + c)));
   };
   end(0);
   int64_t x = simd::sweep<OctavePacks<Sum, channels>>(1, 1, RowKernel<T, channels>{row, sums, width});
@@ -114,7 +110,7 @@ template <class T>
 void combineTwoRows(const OctaveSum<T>* a, const OctaveSum<T>* b, int64_t n, T* dst) {
   using Sum = OctaveSum<T>;
   for (int64_t i = 0; i < n; ++i) {
-    const Sum sum = static_cast<Sum>(a[i] + b[i]);
+    const auto sum = static_cast<Sum>(simd::load<Sum>(a + i) + simd::load<Sum>(b + i));
     if constexpr (std::is_same_v<T, float>) {
       simd::store(dst + i, sum * 0.03125f);
     } else {
@@ -124,46 +120,38 @@ void combineTwoRows(const OctaveSum<T>* a, const OctaveSum<T>* b, int64_t n, T* 
 }
 
 template <int channels, class T>
-Status reduce(Rows<const T> src, Rows<T> dst, RoiSize roi, uint8_t* buffer) {
-  using Sum = OctaveSum<T>;
-  const int64_t width = roi.width, height = roi.height, n = (width + 1) / 2 * channels;
-  if (Status s = firstFailure(nonNull(src, dst), nonNull(buffer), nonEmpty(roi), rowsFit(width * channels, src),
-                              rowsFit(n, dst), wholeElements(src, dst)))
-    return s;
-  auto* memory = Carver(buffer).take<uint8_t>(0, kOctaveAlignment);
-  const auto ring = [=, rowBytes = octaveRowBytes(width * channels)](int64_t y) {
-    return reinterpret_cast<Sum*>(memory + y % kRingRows * rowBytes);
-  };
-  int64_t summed = 0;
-  for (int64_t y = 0; 2 * y < height; ++y) {
-    for (; summed <= std::min(2 * y + kReach, height - 1); ++summed)
-      sumRow<channels>(src.row(summed), width, ring(summed));
-    if (height < 3) {
-      combineTwoRows(ring(0), ring(height - 1), n, dst.row(y));
-    } else {
-      const auto row = [=](int i) { return ring(mirrored(2 * y + i - kReach, height)); };
-      combineRows<T>({row(0), row(1), row(2), row(3), row(4)}, n, dst.row(y));
-    }
+class OctaveReduction {
+ public:
+  static constexpr int64_t resultSize(int64_t n) { return (n + 1) / 2; }
+
+  OctaveReduction(Rows<const T> src, RoiSize size, uint8_t* buffer)
+      : src_(src), size_(size), ring_(Memory::ring<OctaveSum<T>, kRingRows>(int64_t{size.width} * channels, buffer)) {}
+
+  void makeRow(int64_t y, T* out) {
+    const int64_t height = size_.height, n = resultSize(size_.width) * channels;
+    ring_.provide(0, std::min(2 * y + kReach, height - 1),
+                  [this](int64_t row, OctaveSum<T>* sums) { sumRow<channels>(src_.row(row), size_.width, sums); });
+    if (height < 3) return combineTwoRows(ring_.row(0), ring_.row(height - 1), n, out);
+    const auto row = [=, this](int i) { return ring_.row(modeCoordinate(2 * y + i - kReach, height, BorderReflect)); };
+    combineRows<T>({row(0), row(1), row(2), row(3), row(4)}, n, out);
   }
-  return StatusOk;
-}
+
+ private:
+  Rows<const T> src_;
+  RoiSize size_;
+  FixedRing<OctaveSum<T>, kRingRows> ring_;
+};
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::pyramid
 
-#define ZVP_PYR_DOWN(NAME, T, CHANNELS)                                                                            \
-  Status zvpiPyrDown_Gauss5x5_##NAME(const T* pSrc, int srcStep, T* pDst, int dstStep, RoiSize srcRoi,             \
-                                     uint8_t* pBuffer) {                                                           \
-    return zvp::reduce<CHANNELS>(zvp::Rows<const T>{pSrc, srcStep}, zvp::Rows<T>{pDst, dstStep}, srcRoi, pBuffer); \
-  }
-
-ZVP_PYR_DOWN(8u_C1R, uint8_t, 1)
-ZVP_PYR_DOWN(8u_C3R, uint8_t, 3)
-ZVP_PYR_DOWN(8s_C1R, int8_t, 1)
-ZVP_PYR_DOWN(8s_C3R, int8_t, 3)
-ZVP_PYR_DOWN(32f_C1R, float, 1)
-ZVP_PYR_DOWN(32f_C3R, float, 3)
+ZVP_OCTAVE(zvpiPyrDown_Gauss5x5_8u_C1R, OctaveReduction, uint8_t, 1)
+ZVP_OCTAVE(zvpiPyrDown_Gauss5x5_8u_C3R, OctaveReduction, uint8_t, 3)
+ZVP_OCTAVE(zvpiPyrDown_Gauss5x5_8s_C1R, OctaveReduction, int8_t, 1)
+ZVP_OCTAVE(zvpiPyrDown_Gauss5x5_8s_C3R, OctaveReduction, int8_t, 3)
+ZVP_OCTAVE(zvpiPyrDown_Gauss5x5_32f_C1R, OctaveReduction, float, 1)
+ZVP_OCTAVE(zvpiPyrDown_Gauss5x5_32f_C3R, OctaveReduction, float, 3)
 
 Status zvpiPyrDownGetBufSize_Gauss5x5(int roiWidth, DataType dataType, int channels, int* pBufSize) {
-  return zvp::octaveBufferSize(roiWidth, dataType, channels, 1, zvp::kBufferRows, pBufSize);
+  return zvp::pyramid::Memory::reportBytes(roiWidth, dataType, channels, pBufSize);
 }

@@ -1,16 +1,13 @@
 // Octave expansion: sums of neighbouring pixels along every row, for the even and for the odd columns; then across
 // rows.
-#include <algorithm>
-
-#include "core/carver.h"
-#include "core/rows.h"
 #include "pyramid/octave.h"
-#include "zvpcv/pyramid.h"
 
-namespace zvp {
+namespace zvp::pyramid {
 namespace {
 
-constexpr int kBufferRows = 3;
+constexpr int kRingRows = 3;
+
+using Memory = OctaveMemory<kRingRows, 2>;
 
 // 1 6 1 and 4 4, in the order of the taps.
 template <class V>
@@ -23,8 +20,8 @@ ZVP_INLINE V oddSum(V b, V c) {
 }
 
 // Which pixels stand for those before the first and after the last of n.
-constexpr int64_t before(int64_t i, int64_t n) { return i > 0 ? i - 1 : std::min<int64_t>(1, n - 1); }
-constexpr int64_t after(int64_t i, int64_t n) { return std::min(i + 1, n - 1); }
+constexpr int64_t before(int64_t i, int64_t n) { return modeCoordinate(i - 1, n, BorderReflect); }
+constexpr int64_t after(int64_t i, int64_t n) { return modeCoordinate(i + 1, n, BorderReplicate); }
 
 // The sums along one row: those of the even columns of the result, then those of the odd ones.
 template <class Sum>
@@ -47,11 +44,12 @@ template <int channels, class T>
 void sumRow(const T* row, int64_t width, PhaseRows<OctaveSum<T>> out) {
   using Sum = OctaveSum<T>;
   const auto end = [=](int64_t x) {
+    const T *previous = row + before(x, width) * channels, *self = row + x * channels,
+            *next = row + after(x, width) * channels;
     for (int c = 0; c < channels; ++c) {
-      const auto pixel = [=](int64_t at) { return loadSums<Sum, 1>(row + at * channels + c); };
-      const Sum self = pixel(x), next = pixel(after(x, width)), odd = oddSum(self, next);
-      out.even[x * channels + c] = width == 1 ? odd : evenSum(pixel(before(x, width)), self, next);
-      out.odd[x * channels + c] = odd;
+      const auto a = loadSums<Sum, 1>(previous + c), b = loadSums<Sum, 1>(self + c), d = loadSums<Sum, 1>(next + c);
+      simd::store(out.even + x * channels + c, width == 1 ? oddSum(b, d) : evenSum(a, b, d));
+      simd::store(out.odd + x * channels + c, oddSum(b, d));
     }
   };
   end(0);
@@ -126,54 +124,54 @@ struct ResultKernel {
 };
 
 template <class T, int channels, bool kEvenRow>
-void makeRow(const RowsAround<OctaveSum<T>, kEvenRow>& rows, int64_t width, T* dst) {
+void makeResult(const RowsAround<OctaveSum<T>, kEvenRow>& rows, int64_t width, T* dst) {
   const ResultKernel<T, channels, kEvenRow> kernel{rows, dst, width};
   int64_t x = simd::sweep<OctavePacks<OctaveSum<T>, channels>>(0, 0, kernel);
   for (; x < width; ++x) kernel.runPixel(x);
 }
 
 template <int channels, class T>
-Status expand(Rows<const T> src, Rows<T> dst, RoiSize roi, uint8_t* buffer) {
+class OctaveExpansion {
   using Sum = OctaveSum<T>;
-  const int64_t width = roi.width, height = roi.height, n = width * channels;
-  if (Status s = firstFailure(nonNull(src, dst), nonNull(buffer), nonEmpty(roi), rowsFit(n, src), rowsFit(2 * n, dst),
-                              wholeElements(src, dst)))
-    return s;
-  auto* memory = Carver(buffer).take<uint8_t>(0, kOctaveAlignment);
-  const auto ring = [=, rowBytes = octaveRowBytes(2 * n)](int64_t y) {
-    auto* even = reinterpret_cast<Sum*>(memory + y % kBufferRows * rowBytes);
-    return PhaseRows<Sum>{even, even + n};
-  };
-  int64_t summed = 0;
-  for (int64_t y = 0; y < height; ++y) {
-    for (; summed <= after(y, height); ++summed) sumRow<channels>(src.row(summed), width, ring(summed));
-    const auto previous = ring(before(y, height)), self = ring(y), next = ring(after(y, height));
-    makeRow<T, channels, false>({previous, self, next}, width, dst.row(2 * y + 1));
-    if (height == 1) {
-      makeRow<T, channels, false>({previous, self, next}, width, dst.row(2 * y));
+
+ public:
+  static constexpr int64_t resultSize(int64_t n) { return 2 * n; }
+
+  OctaveExpansion(Rows<const T> src, RoiSize size, uint8_t* buffer)
+      : src_(src), size_(size), ring_(Memory::ring<Sum, kRingRows>(elements(), buffer)) {}
+
+  void makeRow(int64_t y, T* out) {
+    const int64_t i = y / 2, height = size_.height;
+    ring_.provide(0, after(i, height),
+                  [this](int64_t row, Sum* sums) { sumRow<channels>(src_.row(row), size_.width, phases(sums)); });
+    const auto row = [this](int64_t at) { return phases(ring_.row(at)); };
+    const PhaseRows<Sum> previous = row(before(i, height)), self = row(i), next = row(after(i, height));
+    if (y % 2 == 0 && height > 1) {
+      makeResult<T, channels, true>({previous, self, next}, size_.width, out);
     } else {
-      makeRow<T, channels, true>({previous, self, next}, width, dst.row(2 * y));
+      makeResult<T, channels, false>({previous, self, next}, size_.width, out);
     }
   }
-  return StatusOk;
-}
+
+ private:
+  int64_t elements() const { return int64_t{size_.width} * channels; }
+  PhaseRows<Sum> phases(Sum* sums) const { return {sums, sums + elements()}; }
+
+  Rows<const T> src_;
+  RoiSize size_;
+  FixedRing<Sum, kRingRows> ring_;
+};
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::pyramid
 
-#define ZVP_PYR_UP(NAME, T, CHANNELS)                                                                              \
-  Status zvpiPyrUp_Gauss5x5_##NAME(const T* pSrc, int srcStep, T* pDst, int dstStep, RoiSize srcRoi,               \
-                                   uint8_t* pBuffer) {                                                             \
-    return zvp::expand<CHANNELS>(zvp::Rows<const T>{pSrc, srcStep}, zvp::Rows<T>{pDst, dstStep}, srcRoi, pBuffer); \
-  }
-
-ZVP_PYR_UP(8u_C1R, uint8_t, 1)
-ZVP_PYR_UP(8u_C3R, uint8_t, 3)
-ZVP_PYR_UP(8s_C1R, int8_t, 1)
-ZVP_PYR_UP(8s_C3R, int8_t, 3)
-ZVP_PYR_UP(32f_C1R, float, 1)
-ZVP_PYR_UP(32f_C3R, float, 3)
+ZVP_OCTAVE(zvpiPyrUp_Gauss5x5_8u_C1R, OctaveExpansion, uint8_t, 1)
+ZVP_OCTAVE(zvpiPyrUp_Gauss5x5_8u_C3R, OctaveExpansion, uint8_t, 3)
+ZVP_OCTAVE(zvpiPyrUp_Gauss5x5_8s_C1R, OctaveExpansion, int8_t, 1)
+ZVP_OCTAVE(zvpiPyrUp_Gauss5x5_8s_C3R, OctaveExpansion, int8_t, 3)
+ZVP_OCTAVE(zvpiPyrUp_Gauss5x5_32f_C1R, OctaveExpansion, float, 1)
+ZVP_OCTAVE(zvpiPyrUp_Gauss5x5_32f_C3R, OctaveExpansion, float, 3)
 
 Status zvpiPyrUpGetBufSize_Gauss5x5(int roiWidth, DataType dataType, int channels, int* pBufSize) {
-  return zvp::octaveBufferSize(roiWidth, dataType, channels, 2, zvp::kBufferRows, pBufSize);
+  return zvp::pyramid::Memory::reportBytes(roiWidth, dataType, channels, pBufSize);
 }
