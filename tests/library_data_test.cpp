@@ -10,6 +10,9 @@
 namespace zvp::test {
 namespace {
 
+// Also of the zones that the address sanitizer keeps around objects.
+[[gnu::no_sanitize_address]] uint8_t byteAt(ElfW(Addr) at) { return *reinterpret_cast<const volatile uint8_t*>(at); }
+
 // The writable data of the library, without what the loader makes read-only after relocation.
 std::vector<uint8_t> writableData() {
   std::vector<uint8_t> bytes;
@@ -26,7 +29,7 @@ std::vector<uint8_t> writableData() {
       if (segment.p_type != PT_LOAD || (segment.p_flags & PF_W) == 0) continue;
       for (ElfW(Addr) at = segment.p_vaddr; at < segment.p_vaddr + segment.p_memsz; ++at)
         if (at < relocatedFrom || at >= relocatedEnd)
-          static_cast<std::vector<uint8_t>*>(to)->push_back(*reinterpret_cast<uint8_t*>(library->dlpi_addr + at));
+          static_cast<std::vector<uint8_t>*>(to)->push_back(byteAt(library->dlpi_addr + at));
     }
     return 1;
   };
