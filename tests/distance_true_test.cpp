@@ -104,16 +104,8 @@ TEST(TrueDistance, ChecksInOrderAndWritesNothing) {
   const Image<float> dst(6, 2);
   const GuardedBlock buffer(500, {});
   const auto before = dst.bytes(), bufferBefore = buffer.bytes();
-  expectStandardChecks({"TrueDistanceTransform_8u32f_C1R",
-                        {{src.data(), src.step(), 1}, {dst.data(), dst.step(), 4}},
-                        {buffer.start()},
-                        {6, 2},
-                        [](const auto& o, const auto& p, RoiSize roi) {
-                          return zvpiTrueDistanceTransform_8u32f_C1R(static_cast<const uint8_t*>(o[0].data), o[0].step,
-                                                                     static_cast<float*>(const_cast<void*>(o[1].data)),
-                                                                     o[1].step, roi,
-                                                                     static_cast<uint8_t*>(const_cast<void*>(p[0])));
-                        }});
+  expectStandardChecks(callOf("TrueDistanceTransform_8u32f_C1R", zvpiTrueDistanceTransform_8u32f_C1R, operandOf(src),
+                              operandOf(dst), RoiSize{6, 2}, buffer.start()));
   EXPECT_EQ(dst.bytes(), before);
   EXPECT_EQ(buffer.bytes(), bufferBefore);
 }

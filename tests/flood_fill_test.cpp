@@ -235,15 +235,10 @@ TEST(FloodFill, ChecksInOrderAndWritesNothing) {
     const auto before = image.bytes(), bufferBefore = buffer.bytes();
     for (const Point outside : {Point{-1, 0}, Point{5, 0}, Point{0, -1}, Point{0, 3}, Point{INT32_MAX, INT32_MIN}}) {
       // The seed is the last check: every other fault is found before it.
-      Call call{member.name,
-                {{image.data(), image.step(), sizeof(T)}},
-                {&region, buffer.start()},
-                {5, 3},
-                [&](const auto& o, const auto& p, RoiSize roi) {
-                  return member.fill(static_cast<T*>(const_cast<void*>(o[0].data)), o[0].step, roi, outside, values,
-                                     values, values, static_cast<ConnectedComponent*>(const_cast<void*>(p[0])),
-                                     static_cast<uint8_t*>(const_cast<void*>(p[1])));
-                }};
+      const auto fill = [&](T* p, int step, RoiSize roi, ConnectedComponent* component, uint8_t* work) {
+        return member.fill(p, step, roi, outside, values, values, values, component, work);
+      };
+      const Call call = callOf(member.name, fill, operandOf(image), RoiSize{5, 3}, &region, buffer.start());
       expectStandardChecks(call);
       EXPECT_EQ(call(), ErrOutOfRange);
     }

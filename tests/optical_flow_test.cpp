@@ -337,6 +337,13 @@ TEST(OpticalFlow, StepsByHand) {
   EXPECT_NEAR(result(10, 1.6f).next[0], kCentre + 1.5, 1e-4) << "a short step is the last one";
   EXPECT_NEAR(result(10, 0).next[0], kCentre + 0.75, 1e-4) << "an oscillation ends half way back";
   EXPECT_NEAR(resultOn(nudged, 1, 0).next[0], kCentre + kNudge / 2, 1e-5) << "one step, however short, is none";
+  // The determinant of fainter parabolas: 576 x 2^-60 and 576 x 2^-64.
+  for (const float scale : {0x1p-15f, 0x1p-16f}) {
+    const ImagePyramid<float> faint({13, 13}, 1, 2.0f,
+                                    [&](int, int y, int x) { return scale * (parabola(x) + parabola(y)); });
+    const Found found = track(k32f, faint.record(), faint.record(), {kCentre, kCentre}, {kCentre, kCentre}, {3, 0});
+    EXPECT_EQ(found.status[0], scale < 0x1p-15f ? 1 : 0);
+  }
 }
 
 // --- Lost points -----------------------------------------------------------------------------------------------------
