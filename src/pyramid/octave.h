@@ -46,8 +46,12 @@ template <int rows, int sumsPerPixel>
 struct OctaveMemory {
   static constexpr int kLine = 64, kBlock = 16, kSumRoom = 4;
 
-  static constexpr int64_t rowBytes(int64_t elements) { return roundUp(elements * sumsPerPixel * kSumRoom, kBlock); }
-  static constexpr Bytes bytes(int64_t elements) { return Bytes(rowBytes(elements)) * rows + kLine; }
+  // Of so many elements in a row of the source, in 64 bits or sticking.
+  template <class N>
+  static constexpr N rowBytes(N elements) {
+    return roundUp(elements * (sumsPerPixel * kSumRoom), kBlock);
+  }
+  static constexpr Bytes bytes(Bytes elements) { return rowBytes(elements) * rows + kLine; }
 
   template <class Sum, int ringRows>
   static FixedRing<Sum, ringRows> ring(int64_t elements, uint8_t* buffer) {
@@ -60,7 +64,7 @@ struct OctaveMemory {
     return reportSize(
         firstFailure(nonNull(size), check(width >= 1, ErrSize), check(channels == 1 || channels == 3, ErrNumChannels),
                      check(knownType, ErrDataType)),
-        bytes(int64_t{width} * channels), size);
+        bytes(Bytes(width) * channels), size);
   }
 };
 

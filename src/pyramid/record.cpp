@@ -4,27 +4,27 @@
 #include "core/carver.h"
 #include "core/memory.h"
 #include "pyramid/sizes.h"
+#include "simd/simd.h"
 #include "zvpcv/pyramid.h"
 
 namespace zvp::pyramid {
 namespace {
 
-// The gaps between the arrays are as wide as the block size, stated for 32-bit pointers, leaves them.
-constexpr int kGap = 16, kHalfGap = 8;
+// The block size, stated for 32-bit pointers: the arrays of a level, and those of level 0 with the record and the gaps.
+Bytes blockBytes(int level) { return Bytes(level) * 44 + 112; }
 
-constexpr int64_t blockBytes(int64_t level) { return level * 44 + 112; }
-
-Pyramid* placeArrays(void* block, int level) {
-  const size_t levels = static_cast<size_t>(level) + 1;
-  auto* pyramid = static_cast<Pyramid*>(block);
-  Carver carver(pyramid + 1);
-  pyramid->roiSizes = carver.take<RoiSize>(levels, 8);
-  carver.take<uint8_t>(kGap, 1);
-  pyramid->images = carver.take<uint8_t*>(levels, sizeof(uint8_t*));
-  carver.take<uint8_t>(kHalfGap, 1);
-  pyramid->rates = carver.take<double>(levels, 8);
-  carver.take<uint8_t>(sizeof(void*) == 4 ? kGap : kHalfGap, 1);
-  pyramid->steps = carver.take<int32_t>(levels, 4);
+// The gaps between the arrays are as wide as the block size leaves them.
+Pyramid* placeArrays(Carver memory, int level) {
+  constexpr int kGap = 16, kHalfGap = 8, kBeforeSteps = sizeof(void*) == 4 ? kGap : kHalfGap;
+  const int levels = level + 1;
+  auto* pyramid = memory.take<Pyramid>(1, alignof(Pyramid));
+  pyramid->roiSizes = memory.take<RoiSize>(levels, sizeof(RoiSize));
+  memory.take<uint8_t>(kGap, 1);
+  pyramid->images = memory.take<uint8_t*>(levels, alignof(uint8_t*));
+  memory.take<uint8_t>(kHalfGap, 1);
+  pyramid->rates = memory.take<double>(levels, sizeof(double));
+  memory.take<uint8_t>(kBeforeSteps, 1);
+  pyramid->steps = memory.take<int32_t>(levels, alignof(int32_t));
   return pyramid;
 }
 
@@ -33,10 +33,9 @@ Status makeRecord(Pyramid** result, int level, RoiSize roi, float rate) {
   const SizeList sizes(roi, rate);
   if (!sizes.isAllocated()) return ErrNoMemory;
   const int highest = std::min(level, sizes.count() - 1);
-  if (blockBytes(highest) > INT32_MAX) return ErrNoMemory;
-  void* block = allocBytes(static_cast<int32_t>(blockBytes(highest)));
+  void* block = allocate(blockBytes(highest));
   if (block == nullptr) return ErrNoMemory;
-  Pyramid* pyramid = placeArrays(block, highest);
+  Pyramid* pyramid = placeArrays(Carver(block, blockBytes(highest)), highest);
   pyramid->state = nullptr;
   pyramid->level = highest;
   double scale = 1.0;
@@ -46,7 +45,7 @@ Status makeRecord(Pyramid** result, int level, RoiSize roi, float rate) {
     pyramid->images[i] = nullptr;
     pyramid->steps[i] = 0;
   }
-  *result = pyramid;
+  simd::store(result, pyramid);
   return StatusOk;
 }
 

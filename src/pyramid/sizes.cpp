@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/memory.h"
+#include "simd/simd.h"
 #include "zvpcv/pyramid.h"
 
 namespace zvp::pyramid {
@@ -15,14 +16,14 @@ constexpr int32_t saturated(int64_t n) { return static_cast<int32_t>(std::min<in
 Status expand(RoiSize src, RoiSize* smallest, RoiSize* largest, float rate) {
   if (Status s = firstFailure(nonNull(smallest, largest), nonEmpty(src), validRate(rate))) return s;
   const SizeRange height = expandedRange(src.height, rate), width = expandedRange(src.width, rate);
-  *smallest = {saturated(width.smallest), saturated(height.smallest)};
-  *largest = {saturated(width.largest), saturated(height.largest)};
+  simd::store(smallest, RoiSize{saturated(width.smallest), saturated(height.smallest)});
+  simd::store(largest, RoiSize{saturated(width.largest), saturated(height.largest)});
   return StatusOk;
 }
 
 Status reduce(RoiSize src, RoiSize* dst, float rate) {
   if (Status s = firstFailure(nonNull(dst), nonEmpty(src), validRate(rate))) return s;
-  *dst = reducedSize(src, rate);
+  simd::store(dst, reducedSize(src, rate));
   return StatusOk;
 }
 
@@ -47,8 +48,9 @@ RoiSize reducedSize(RoiSize size, float rate) {
 }
 
 SizeList::SizeList(RoiSize base, float rate) {
-  const int64_t bytes = int64_t{std::max(base.width, base.height)} * int64_t{sizeof(RoiSize)};
-  sizes_ = bytes > INT32_MAX ? nullptr : static_cast<RoiSize*>(allocBytes(static_cast<int32_t>(bytes)));
+  constexpr int kWordsPerSize = 2;
+  const Bytes words = Bytes(std::max(base.width, base.height)) * kWordsPerSize;
+  sizes_ = static_cast<RoiSize*>(allocWords(words.value()));
   if (sizes_ == nullptr) return;
   sizes_[count_++] = base;
   for (RoiSize last = base; !sameSize(last, {1, 1}); sizes_[count_++] = last) last = reducedSize(last, rate);

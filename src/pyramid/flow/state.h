@@ -9,7 +9,7 @@
 
 struct OpticalFlowState {
   int32_t width, height;  // of the largest level
-  int32_t bufferCount;
+  int32_t bufferCount;    // this, the type, a reserved word and the hint are written and not read
   int32_t dataType;
   int32_t reserved;
   int32_t hint;
@@ -17,11 +17,14 @@ struct OpticalFlowState {
   uint8_t* buffer;
 };
 
-namespace zvp {
+namespace zvp::flow {
+
+// Bytes of working memory.
+Bytes workingMemory(RoiSize largest, int winSize);
 
 // The samples of one window. Rows are padded with zeros to `stride` samples and the window to an even number of rows:
 // padding adds nothing to any sum.
-struct FlowWindows {
+struct Windows {
   static constexpr int kColumns = 8;
 
   float *previous, *next;
@@ -29,8 +32,8 @@ struct FlowWindows {
   double *dx, *dy;
   int stride, rows;
 
-  FlowWindows(int winSize, Carver& memory)
-      : stride((winSize + kColumns - 1) / kColumns * kColumns), rows((winSize + 1) / 2 * 2) {
+  Windows(int winSize, Carver& memory)
+      : stride(static_cast<int>(roundUp(winSize, kColumns))), rows(static_cast<int>(roundUp(winSize, 2))) {
     previous = memory.take<float>(samples(), kAlignment);
     next = memory.take<float>(samples(), kAlignment);
     singleDx = memory.take<float>(samples(), kAlignment);
@@ -39,7 +42,7 @@ struct FlowWindows {
     dy = memory.take<double>(samples(), kAlignment);
   }
 
-  size_t samples() const { return static_cast<size_t>(stride) * static_cast<size_t>(rows); }
+  int samples() const { return stride * rows; }  // of 31 bits, as their bytes
   Rows<float> rowsOf(float* window) const { return {window, stride * int{sizeof(float)}}; }
 
  private:
@@ -47,14 +50,14 @@ struct FlowWindows {
 };
 
 // The derivatives of a level, rows without gaps.
-struct FlowDerivatives {
+struct Derivatives {
   float *dx, *dy;
 
-  FlowDerivatives(RoiSize largest, Carver& memory) {
-    const size_t pixels = static_cast<size_t>(largest.width) * static_cast<size_t>(largest.height);
-    dx = memory.take<float>(pixels, sizeof(float));
-    dy = memory.take<float>(pixels, sizeof(float));
+  Derivatives(RoiSize largest, Carver& memory) {
+    const Bytes pixels = Bytes(largest.width) * largest.height;
+    dx = memory.take<float>(pixels, alignof(float));
+    dy = memory.take<float>(pixels, alignof(float));
   }
 };
 
-}  // namespace zvp
+}  // namespace zvp::flow

@@ -4,15 +4,15 @@
 
 #include <array>
 
-#include "pyramid/optical_flow_state.h"
+#include "pyramid/flow/state.h"
 #include "simd/simd.h"
 
-namespace zvp {
+namespace zvp::flow {
 
 // terms(i) gives, for the samples from i on, one pack of each sum's terms.
 template <int sums, class Terms>
-ZVP_INLINE std::array<double, sums> sumOver(const FlowWindows& windows, Terms terms) {
-  constexpr int kColumns = FlowWindows::kColumns, kLanes = simd::lanes<double>, kPacks = kColumns / kLanes;
+ZVP_INLINE std::array<double, sums> sumOver(const Windows& windows, Terms terms) {
+  constexpr int kColumns = Windows::kColumns, kLanes = simd::lanes<double>, kPacks = kColumns / kLanes;
   using V = simd::Pack<double, kLanes>;
   V partial[2][kPacks][sums] = {};
   for (int y = 0; y < windows.rows; y += 2) {
@@ -44,7 +44,7 @@ struct GradientMatrix {
 };
 
 // Converts the derivatives on the way.
-inline GradientMatrix gradientMatrix(const FlowWindows& windows) {
+inline GradientMatrix gradientMatrix(const Windows& windows) {
   using V = simd::Pack<double, simd::lanes<double>>;
   using F = simd::Pack<float, simd::lanes<double>>;
   const auto [xx, xy, yy] = sumOver<3>(windows, [&](int i) {
@@ -58,7 +58,7 @@ inline GradientMatrix gradientMatrix(const FlowWindows& windows) {
 }
 
 // Previous minus next, the difference in single precision.
-ZVP_INLINE auto differenceAt(const FlowWindows& windows, int i) {
+ZVP_INLINE auto differenceAt(const Windows& windows, int i) {
   using F = simd::Pack<float, simd::lanes<double>>;
   return simd::convert<double>(F(simd::load<F>(windows.previous + i) - simd::load<F>(windows.next + i)));
 }
@@ -67,7 +67,7 @@ struct Mismatch {
   double x, y;
 };
 
-inline Mismatch mismatch(const FlowWindows& windows) {
+inline Mismatch mismatch(const Windows& windows) {
   using V = simd::Pack<double, simd::lanes<double>>;
   const auto [x, y] = sumOver<2>(windows, [&](int i) {
     const V d = differenceAt(windows, i);
@@ -76,7 +76,7 @@ inline Mismatch mismatch(const FlowWindows& windows) {
   return {x, y};
 }
 
-inline double squaredDifference(const FlowWindows& windows) {
+inline double squaredDifference(const Windows& windows) {
   using V = simd::Pack<double, simd::lanes<double>>;
   return sumOver<1>(windows, [&](int i) {
     const V d = differenceAt(windows, i);
@@ -84,4 +84,4 @@ inline double squaredDifference(const FlowWindows& windows) {
   })[0];
 }
 
-}  // namespace zvp
+}  // namespace zvp::flow
