@@ -1,13 +1,13 @@
-// Which pixels join a fill: tests along a row, for the searches of flood_runs.h.
+// Which pixels join a fill: tests along a row.
 #pragma once
 
 #include <limits>
 
-#include "distance/flood_runs.h"
+#include "distance/flood/runs.h"
 
-namespace zvp {
+namespace zvp::flood {
 
-// Equality and range: a pixel lies within bounds, the same ones for every pixel.
+// Equality and range: a pixel lies within bounds.
 template <class T, int channels>
 class Bounds {
  public:
@@ -46,9 +46,6 @@ class Bounds {
 
   Test test(const T* row) const { return {*this, row}; }
 
-  // As a rule between neighbours: the one that has joined does not matter.
-  Test link(const T* candidates, const T*) const { return {*this, candidates}; }
-
  private:
   static T less(T value, T delta) {
     if constexpr (std::is_same_v<T, float>) {
@@ -69,43 +66,49 @@ class Bounds {
   typename Chunk::Vector lowest_, highest_;
 };
 
-// Gradient: a pixel lies within bounds about a neighbour that has joined.
+// Gradient: a pixel lies within bounds about a neighbour that has joined. Given a seed, within bounds about that instead:
+// range.
 template <class T, int channels>
-class Gradient {
+class Near {
  public:
   using Chunk = ChunkOf<T, channels>;
 
+  // `references` has a pixel for each of the candidates, or, with a stride of 0, one for all.
   struct Test {
     using Chunk = ChunkOf<T, channels>;
-    const Gradient& rule;
-    const T *candidates, *joined;
+    const Near& rule;
+    const T *candidates, *references;
+    int64_t stride;
 
     ZVP_INLINE uint64_t chunk(int x) const {
       const auto p = simd::load<typename Chunk::Vector>(candidates + int64_t{x} * channels);
-      const auto q = simd::load<typename Chunk::Vector>(joined + int64_t{x} * channels);
+      const auto q = simd::load<typename Chunk::Vector>(references + x * stride);
       return Chunk::whole(near(p, q, rule.below_, rule.above_));
     }
     bool at(int x) const {
       bool holds = true;
       for (int c = 0; c < channels; ++c) {
-        const int64_t i = int64_t{x} * channels + c;
-        holds = holds &&
-                near(simd::load<T>(candidates + i), simd::load<T>(joined + i), rule.minDelta_[c], rule.maxDelta_[c]);
+        const T p = simd::load<T>(candidates + int64_t{x} * channels + c);
+        const T q = simd::load<T>(references + x * stride + c);
+        holds = holds && near(p, q, rule.minDelta_[c], rule.maxDelta_[c]);
       }
       return holds;
     }
   };
 
-  Gradient(const T* minDelta, const T* maxDelta) {
+  Near(const T* minDelta, const T* maxDelta, const T* seed = nullptr) : aboutSeed_(seed != nullptr) {
     for (int c = 0; c < channels; ++c) {
       minDelta_[c] = simd::load<T>(minDelta + c);
       maxDelta_[c] = simd::load<T>(maxDelta + c);
     }
     below_ = Chunk::repeat(minDelta_);
     above_ = Chunk::repeat(maxDelta_);
+    if (aboutSeed_) simd::store(seeds_, Chunk::repeat(seed));
   }
 
-  Test link(const T* candidates, const T* joined) const { return {*this, candidates, joined}; }
+  Test test(const T* candidates, const T* joined) const {
+    return {*this, candidates, aboutSeed_ ? seeds_ : joined, aboutSeed_ ? 0 : channels};
+  }
 
  private:
   template <class V>
@@ -120,8 +123,9 @@ class Gradient {
     }
   }
 
-  T minDelta_[channels], maxDelta_[channels];
+  bool aboutSeed_;
+  T minDelta_[channels], maxDelta_[channels], seeds_[Chunk::kLanes];
   typename Chunk::Vector below_, above_;
 };
 
-}  // namespace zvp
+}  // namespace zvp::flood

@@ -1,15 +1,9 @@
 // The runs whose neighbours a fill has still to look at.
 #pragma once
 
-#include "core/carver.h"
-#include "simd/simd.h"
+#include "distance/flood/runs.h"
 
-namespace zvp {
-
-// Pixels left..right of row y.
-struct Run {
-  int y, left, right;
-};
+namespace zvp::flood {
 
 // A run, the part of the row behind it that need not be looked at again, and the way: the next row is y - direction.
 struct Step {
@@ -26,15 +20,15 @@ class RunStack {
  public:
   RunStack(uint8_t* buffer, int width) : bottom_(buffer), top_(buffer), width_(static_cast<uint64_t>(width)) {}
 
-  void push(Run run) {
+  ZVP_INLINE void push(Run run) {
     const auto first = static_cast<uint64_t>(run.y) * width_ + static_cast<uint64_t>(run.left);
     const bool single = run.left == run.right;
     if (!single) put(static_cast<uint64_t>(run.right - run.left));
     put(single ? first | kSingle : first);
   }
-  void push(Step step) { push(step.run); }
+  ZVP_INLINE void push(Step step) { push(step.run); }
 
-  bool pop(Run& run) {
+  ZVP_INLINE bool pop(Run& run) {
     if (top_ == bottom_) return false;
     const uint64_t word = take(), first = word & ~kSingle;
     const int more = (word & kSingle) != 0 ? 0 : static_cast<int>(take());
@@ -45,7 +39,7 @@ class RunStack {
   }
 
   // Nothing is known of the row behind the run.
-  bool pop(Step& step) {
+  ZVP_INLINE bool pop(Step& step) {
     const int width = static_cast<int>(width_);
     step.parentLeft = width, step.parentRight = width - 1, step.direction = 1;
     return pop(step.run);
@@ -72,27 +66,32 @@ class RunStack {
 class ForgetfulStack {
  public:
   ForgetfulStack(uint8_t* buffer, int width, int height)
-      : steps_(Carver(buffer).take<Step>(0, kAlignment)),
-        capacity_(simd::max<int64_t>(1, int64_t{width} * height / 4)) {}
+      : bottom_(buffer),
+        top_(buffer),
+        end_(buffer + static_cast<size_t>(simd::max<int64_t>(1, int64_t{width} * height / 4)) * sizeof(Step)) {}
 
-  void push(Step step) {
-    if (count_ == capacity_) {
-      count_ = 0;
-    } else {
-      steps_[count_++] = step;
+  ZVP_INLINE void push(Step step) {
+    if (top_ == end_) {
+      top_ = bottom_;
+      return;
+    }
+    const auto& [run, parentLeft, parentRight, direction] = step;
+    const int32_t words[] = {run.y, run.left, run.right, parentLeft, parentRight, direction};
+    for (int32_t word : words) {
+      simd::store(top_, word);
+      top_ += sizeof word;
     }
   }
-  bool pop(Step& step) {
-    if (count_ == 0) return false;
-    step = steps_[--count_];
+  ZVP_INLINE bool pop(Step& step) {
+    if (top_ == bottom_) return false;
+    top_ -= sizeof step;
+    const auto word = [this](int i) { return simd::load<int32_t>(top_ + 4 * i); };
+    step = {{word(0), word(1), word(2)}, word(3), word(4), word(5)};
     return true;
   }
 
  private:
-  static constexpr size_t kAlignment = 8;
-
-  Step* steps_;
-  int64_t capacity_, count_ = 0;
+  uint8_t *bottom_, *top_, *end_;
 };
 
-}  // namespace zvp
+}  // namespace zvp::flood

@@ -1,14 +1,20 @@
 // Searches along one row: where a test holds first or last. A test judges a chunk of pixels at once.
-//
-// The verdict on a chunk is a word with one bit for each element: a pixel's bit is that of its first element.
 #pragma once
 
 #include <bit>
+#include <concepts>
 
 #include "simd/simd.h"
 
-namespace zvp {
+namespace zvp::flood {
 
+// Pixels left..right of row y.
+struct Run {
+  int y, left, right;
+};
+
+// A register of pixels from one on. The verdict on them is a word with one bit for each element: a pixel's bit is that
+// of its first element.
 template <class T, int channels>
 struct ChunkOf {
   static constexpr int kLanes = simd::kIntegerBytes / int{sizeof(T)};
@@ -38,8 +44,16 @@ struct ChunkOf {
   }
 };
 
-// The opposite test.
+// chunk(x) is the verdict on kPixels pixels from x, which reads kLanes elements; at(x) that on a single one.
 template <class Test>
+concept TestOfPixels = requires(const Test test, int x) {
+  Test::Chunk::kPixels;
+  { test.chunk(x) } -> std::same_as<uint64_t>;
+  { test.at(x) } -> std::same_as<bool>;
+};
+
+// The opposite test.
+template <TestOfPixels Test>
 struct Not {
   using Chunk = typename Test::Chunk;
   Test test;
@@ -50,8 +64,7 @@ struct Not {
 template <class Test>
 Not(Test) -> Not<Test>;
 
-// Searches rows of `width` pixels, never reading beyond their ends. Test has chunk(x), the verdict on kPixels pixels
-// from x, which reads kLanes elements, and at(x), that on a single one.
+// Searches rows of `width` pixels, never reading beyond their ends.
 template <class Chunk>
 class RowSearch {
  public:
@@ -61,10 +74,10 @@ class RowSearch {
   }
 
   // The first x in begin..end-1 where the test holds, or end.
-  template <class Test>
+  template <TestOfPixels Test>
   ZVP_INLINE int first(Test test, int begin, int end) const {
     int x = begin;
-    for (; x < end && x <= last_; x += Chunk::kPixels)
+    for (const int stop = simd::min(end, last_ + 1); x < stop; x += Chunk::kPixels)
       if (const uint64_t bits = test.chunk(x); bits != 0) return simd::min(end, x + lowest(bits));
     if (x < end && last_ >= 0 && x < last_ + Chunk::kPixels) {
       if (const uint64_t bits = test.chunk(last_) >> ((x - last_) * Chunk::kPixelBits); bits != 0)
@@ -76,7 +89,7 @@ class RowSearch {
   }
 
   // The last x in begin..end-1 where the test holds, or begin - 1.
-  template <class Test>
+  template <TestOfPixels Test>
   ZVP_INLINE int last(Test test, int begin, int end) const {
     int x = end;
     while (x > begin) {
@@ -101,4 +114,4 @@ class RowSearch {
   int last_;  // the last pixel at which a whole register can be read; -1: there is none
 };
 
-}  // namespace zvp
+}  // namespace zvp::flood
