@@ -6,7 +6,7 @@
 #include "distance/chamfer_wave.h"
 #include "zvpcv/distance.h"
 
-namespace zvp {
+namespace zvp::distance {
 namespace {
 
 template <Kernel kernel>
@@ -45,56 +45,38 @@ void relax(Rows<T> image, RoiSize roi, Weights<T> weights) {
 
 template <Kernel kernel, class T, class M>
 Status distanceTransform(Rows<const uint8_t> src, Rows<T> dst, RoiSize roi, const M* metrics) {
-  if (Status s = firstFailure(nonNull(src), nonNull(dst), nonNull(metrics), nonEmpty(roi), rowsFit(roi.width, src),
+  if (Status s = firstFailure(nonNull(src, dst, metrics), nonEmpty(roi), rowsFit(roi.width, src),
                               rowsFit(roi.width, dst), wholeElements(dst)))
     return s;
   if (Status s = weightsArePositive<kernel>(metrics)) return s;
   const auto weights = weightsFrom<kernel, T>(metrics);
-  for (int y = 0; y < roi.height; ++y) markFeatures(src.row(y), dst.row(y), roi.width);
+  forEachRow(roi.height, roi.width, markFeatures<T>, src, dst);
   relax<kernel, Pass::kForward>(dst, roi, weights);
   relax<kernel, Pass::kBackward>(dst, roi, weights);
   return StatusOk;
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::distance
 
-using zvp::distanceTransform, zvp::Kernel, zvp::Rows;
+using zvp::Rows;
+using namespace zvp::distance;
 
-Status zvpiDistanceTransform_3x3_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
-                                        const int32_t* pMetrics) {
-  return distanceTransform<Kernel::k3x3>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, pMetrics);
-}
+#define ZVP_CHAMFER(name, kernel, T, M)                                                                     \
+  Status name(const uint8_t* pSrc, int srcStep, T* pDst, int dstStep, RoiSize roiSize, const M* pMetrics) { \
+    return distanceTransform<kernel>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, pMetrics);          \
+  }
+#define ZVP_CHAMFER_IN_PLACE(name, kernel)                                                                         \
+  Status name(uint8_t* pSrcDst, int srcDstStep, RoiSize roiSize, const int32_t* pMetrics) {                        \
+    return distanceTransform<kernel>(Rows<const uint8_t>{pSrcDst, srcDstStep}, Rows{pSrcDst, srcDstStep}, roiSize, \
+                                     pMetrics);                                                                    \
+  }
 
-Status zvpiDistanceTransform_3x3_8u_C1IR(uint8_t* pSrcDst, int srcDstStep, RoiSize roiSize, const int32_t* pMetrics) {
-  return zvpiDistanceTransform_3x3_8u_C1R(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, pMetrics);
-}
-
-Status zvpiDistanceTransform_3x3_8u16u_C1R(const uint8_t* pSrc, int srcStep, uint16_t* pDst, int dstStep,
-                                           RoiSize roiSize, const int32_t* pMetrics) {
-  return distanceTransform<Kernel::k3x3>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, pMetrics);
-}
-
-Status zvpiDistanceTransform_3x3_8u32f_C1R(const uint8_t* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
-                                           const float* pMetrics) {
-  return distanceTransform<Kernel::k3x3>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, pMetrics);
-}
-
-Status zvpiDistanceTransform_5x5_8u_C1R(const uint8_t* pSrc, int srcStep, uint8_t* pDst, int dstStep, RoiSize roiSize,
-                                        const int32_t* pMetrics) {
-  return distanceTransform<Kernel::k5x5>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, pMetrics);
-}
-
-Status zvpiDistanceTransform_5x5_8u_C1IR(uint8_t* pSrcDst, int srcDstStep, RoiSize roiSize, const int32_t* pMetrics) {
-  return zvpiDistanceTransform_5x5_8u_C1R(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, pMetrics);
-}
-
-Status zvpiDistanceTransform_5x5_8u16u_C1R(const uint8_t* pSrc, int srcStep, uint16_t* pDst, int dstStep,
-                                           RoiSize roiSize, const int32_t* pMetrics) {
-  return distanceTransform<Kernel::k5x5>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, pMetrics);
-}
-
-Status zvpiDistanceTransform_5x5_8u32f_C1R(const uint8_t* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
-                                           const float* pMetrics) {
-  return distanceTransform<Kernel::k5x5>(Rows{pSrc, srcStep}, Rows{pDst, dstStep}, roiSize, pMetrics);
-}
+ZVP_CHAMFER(zvpiDistanceTransform_3x3_8u_C1R, Kernel::k3x3, uint8_t, int32_t)
+ZVP_CHAMFER(zvpiDistanceTransform_3x3_8u16u_C1R, Kernel::k3x3, uint16_t, int32_t)
+ZVP_CHAMFER(zvpiDistanceTransform_3x3_8u32f_C1R, Kernel::k3x3, float, float)
+ZVP_CHAMFER(zvpiDistanceTransform_5x5_8u_C1R, Kernel::k5x5, uint8_t, int32_t)
+ZVP_CHAMFER(zvpiDistanceTransform_5x5_8u16u_C1R, Kernel::k5x5, uint16_t, int32_t)
+ZVP_CHAMFER(zvpiDistanceTransform_5x5_8u32f_C1R, Kernel::k5x5, float, float)
+ZVP_CHAMFER_IN_PLACE(zvpiDistanceTransform_3x3_8u_C1IR, Kernel::k3x3)
+ZVP_CHAMFER_IN_PLACE(zvpiDistanceTransform_5x5_8u_C1IR, Kernel::k5x5)

@@ -7,7 +7,7 @@
 #include "core/rows.h"
 #include "simd/simd.h"
 
-namespace zvp {
+namespace zvp::distance {
 
 enum class Kernel { k3x3, k5x5 };
 enum class Pass { kForward, kBackward };
@@ -32,4 +32,4 @@ struct PassRows {
   }
 };
 
-}  // namespace zvp
+}  // namespace zvp::distance

@@ -6,7 +6,7 @@
 
 #include "distance/chamfer.h"
 
-namespace zvp {
+namespace zvp::distance {
 
 template <Kernel kernel, Pass pass, class T>
 class RowRelaxer {
@@ -58,7 +58,8 @@ class RowRelaxer {
   }
 
   // All pixels but those whose neighbours may lie outside. The last pack overlaps the one before: to lower a finished
-  // pixel again changes nothing.
+  // pixel again changes nothing. As a coverRow, which would test for every pack whether it follows the one before, this
+  // takes 1.4 times as long.
   template <int N>
   void relaxPacks(Lines& lines) const {
     const int end = width_ - kReach;
@@ -134,4 +135,4 @@ void relaxRows(Rows<T> image, RoiSize roi, Weights<T> weights) {
   for (int y = 0; y < roi.height; ++y) relaxer.relax(rows.row(y), rows.row(y - 1), rows.row(y - 2));
 }
 
-}  // namespace zvp
+}  // namespace zvp::distance

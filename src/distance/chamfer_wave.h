@@ -8,7 +8,7 @@
 #include "distance/chamfer.h"
 #include "simd/transpose.h"
 
-namespace zvp {
+namespace zvp::distance {
 
 template <Kernel kernel, Pass pass>
 class Wave {
@@ -158,4 +158,4 @@ void relaxWaves(Rows<float> image, RoiSize roi, Weights<float> weights) {
   for (int y = 0; y < roi.height; y += simd::min(Wave<kernel, pass>::N, roi.height - y)) wave.relaxBand(y);
 }
 
-}  // namespace zvp
+}  // namespace zvp::distance

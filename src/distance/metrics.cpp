@@ -3,7 +3,7 @@
 #include "simd/simd.h"
 #include "zvpcv/distance.h"
 
-namespace zvp {
+namespace zvp::distance {
 namespace {
 
 constexpr int kNorms = 3;
@@ -28,18 +28,20 @@ Status writeMask(const Weights<T>& table, int kernelSize, int norm, T* metrics) 
 }
 
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::distance
+
+using namespace zvp::distance;
 
 Status zvpiGetDistanceTransformMask_32s(int kernelSize, int norm, int32_t* pMetrics) {
-  return zvp::writeMask(zvp::kIntegers, kernelSize, norm, pMetrics);
+  return writeMask(kIntegers, kernelSize, norm, pMetrics);
 }
 
 Status zvpiGetDistanceTransformMask_32f(int kernelSize, int norm, float* pMetrics) {
-  return zvp::writeMask(zvp::kFloats, kernelSize, norm, pMetrics);
+  return writeMask(kFloats, kernelSize, norm, pMetrics);
 }
 
 Status zvpiGetDistanceTransformMask(int maskType, float* pMetrics) {
-  const int kernelSize = maskType / 10, norm = maskType % 10;
-  if (Status s = zvp::knownNorm(norm)) return s;
-  return zvpiGetDistanceTransformMask_32f(kernelSize, norm, pMetrics);
+  const int kernelSize = maskType / 10, norm = maskType % 10;  // as documented: 10 kernelSize + norm
+  if (Status s = knownNorm(norm)) return s;
+  return writeMask(kFloats, kernelSize, norm, pMetrics);
 }

@@ -6,12 +6,12 @@
 #include <limits>
 
 #include "core/carver.h"
-#include "core/checks.h"
-#include "core/rows.h"
-#include "simd/simd.h"
+#include "core/query.h"
+#include "core/runs.h"
+#include "simd/walk.h"
 #include "zvpcv/distance.h"
 
-namespace zvp {
+namespace zvp::distance {
 namespace {
 
 // No zero pixel in the column. Distances are less than a height.
@@ -20,28 +20,32 @@ constexpr int32_t kNone = INT32_MAX;
 constexpr int32_t farther(int32_t distance) { return distance < kNone ? distance + 1 : kNone; }
 
 // Column distances live in the destination, as 32-bit integers, until their row becomes the result.
-int32_t* distances(Rows<float> dst, int64_t y) { return reinterpret_cast<int32_t*>(dst.row(y)); }
+int32_t distanceAt(const float* row, int x) { return simd::load<int32_t>(row + x); }
 
 // The nearest zero pixel of the column at or above each pixel.
-void lookUp(const uint8_t* src, const int32_t* above, int32_t* row, int width) {
+void lookUp(const uint8_t* src, const float* above, float* row, int width) {
   for (int x = 0; x < width; ++x) {
-    const int32_t previous = above != nullptr ? simd::load<int32_t>(above + x) : kNone;
+    const int32_t previous = above != nullptr ? distanceAt(above, x) : kNone;
     simd::store(row + x, src[x] == 0 ? 0 : farther(previous));
   }
 }
 
 // The nearer one of that and the nearest zero pixel below.
-void lookDown(const int32_t* below, int32_t* row, int width) {
-  for (int x = 0; x < width; ++x)
-    simd::store(row + x, simd::min(simd::load<int32_t>(row + x), farther(simd::load<int32_t>(below + x))));
+void lookDown(const float* below, float* row, int width) {
+  for (int x = 0; x < width; ++x) simd::store(row + x, simd::min(distanceAt(row, x), farther(distanceAt(below, x))));
+}
+
+// Work memory, as documented; every row uses it anew.
+Bytes workBytes(RoiSize roi) {
+  constexpr int kItemBytes = 24, kSlack = 56;
+  return roundUp(Bytes(simd::max(roi.width, roi.height)), 4) * kItemBytes + kSlack;
 }
 
 // The lower envelope of the parabolas of a row, from left to right. Int holds w^2 + h^2.
 template <class Int>
 class Envelope {
  public:
-  Envelope(uint8_t* buffer, size_t width) {
-    Carver carver(buffer);
+  Envelope(Carver carver, int width) {
     offset_ = carver.take<Int>(width, kAlignment);
     apex_ = carver.take<int32_t>(width, kAlignment);
     start_ = carver.take<int32_t>(width, kAlignment);
@@ -93,36 +97,36 @@ class NearbySearch {
   // Narrower rows are not worth it, and leave no room in the buffer.
   static constexpr int kLeastWidth = 64;
 
-  NearbySearch(uint8_t* buffer, int width) : width_(width) {
-    Carver carver(buffer);
-    const auto n = static_cast<size_t>(width);
-    squares_ = carver.take<float>(n + 2 * kReach, sizeof(float)) + kReach;
-    result_ = carver.take<float>(n, sizeof(float));
+  NearbySearch(Carver carver, int width) : width_(width) {
+    squares_ = carver.take<float>(int64_t{width} + 2 * kReach, sizeof(float)) + kReach;
+    result_ = carver.take<float>(width, sizeof(float));
   }
 
   // Turns distances within columns into the result, or returns false and leaves the row as it is.
   bool transform(float* row) const {
     square(row);
-    for (int x = 0; x < width_ - N; x += N)
-      if (!searchAround(x)) return false;
-    if (!searchAround(width_ - N)) return false;
+    const auto search = [this]<int N>(int x) __attribute__((always_inline)) { return searchAround<N>(x); };
+    if (!simd::coverRow<float>(width_, search)) return false;
     memcpy(row, result_, static_cast<size_t>(width_) * sizeof(float));
     return true;
   }
 
  private:
-  static constexpr int N = simd::lanes<float>, kReach = 32, kStride = 4;
-  using V = simd::Pack<float, N>;
+  static constexpr int kReach = 32, kStride = 4;
 
-  static bool anyBeyond(V squares, int distance) {
-    return simd::maskBits(squares > constant(distance * distance)) != 0;
+  template <class V>
+  ZVP_INLINE static bool anyBeyond(V squares, int distance) {
+    return simd::maskBits(squares > constant<V>(distance * distance)) != 0;
   }
-  static V constant(int v) { return simd::broadcast<float, N>(static_cast<float>(v)); }
+  template <class V>
+  ZVP_INLINE static V constant(int v) {
+    return simd::broadcast<float, simd::laneCount<V>>(static_cast<float>(v));
+  }
 
   void square(const float* row) const {
     const float none = std::numeric_limits<float>::max();
     for (int x = 0; x < width_; ++x) {
-      const auto distance = simd::load<int32_t>(row + x);
+      const int32_t distance = distanceAt(row, x);
       const float exact = static_cast<float>(distance);
       squares_[x] = distance == kNone ? none : exact * exact;
     }
@@ -130,13 +134,15 @@ class NearbySearch {
   }
 
   // The least of N pixels and their neighbours up to the distance beyond which nothing is less; false if that is far.
-  bool searchAround(int x) const {
+  template <int N>
+  ZVP_INLINE bool searchAround(int x) const {
+    using V = simd::Pack<float, N>;
     V least = simd::load<V>(squares_ + x);
     for (int far = 1; far < kReach; far += kStride) {
       if (!anyBeyond(least, far)) break;
       for (int i = far; i < far + kStride; ++i) {
         const V beside = simd::min(simd::load<V>(squares_ + x - i), simd::load<V>(squares_ + x + i));
-        least = simd::min(least, V(beside + constant(i * i)));
+        least = simd::min(least, V(beside + constant<V>(i * i)));
       }
     }
     simd::store(result_ + x, least);
@@ -148,71 +154,65 @@ class NearbySearch {
 };
 
 template <class Int>
-void transformRow(float* row, int width, uint8_t* buffer) {
-  Envelope<Int> envelope(buffer, static_cast<size_t>(width));
+void transformRow(float* row, int width, Carver work) {
+  Envelope<Int> envelope(work, width);
   for (int x = 0; x < width; ++x) {
-    const auto distance = simd::load<int32_t>(row + x);
+    const int32_t distance = distanceAt(row, x);
     if (distance != kNone) envelope.add(x, Int{distance} * distance, width);
   }
   if (!envelope.empty()) return envelope.write(row, width);
-  for (int x = 0; x < width; ++x) simd::store(row + x, std::numeric_limits<float>::max());
+  fillRun(row, width, std::numeric_limits<float>::max());
 }
 
 // After a row whose zero pixels are far, the search is not tried on the next one, then on the next two, and so on.
 template <class Int>
-void transformRows(Rows<float> dst, RoiSize roi, uint8_t* buffer) {
+void searchRows(Rows<float> dst, RoiSize roi, Carver work) {
   constexpr int kMostSkipped = 16;
-  const NearbySearch nearby(buffer, roi.width);
-  int skipped = roi.width < NearbySearch::kLeastWidth ? roi.height : 0, next = 1;
+  const NearbySearch nearby(work, roi.width);
+  int skipped = 0, next = 1;
   for (int y = 0; y < roi.height; ++y) {
-    if (skipped == 0) {
-      if (nearby.transform(dst.row(y))) {
-        next = 1;
-        continue;
-      }
+    if (skipped > 0) {
+      --skipped;
+    } else if (nearby.transform(dst.row(y))) {
+      next = 1;
+      continue;
+    } else {
       skipped = next;
       next = simd::min(2 * next, kMostSkipped);
-    } else {
-      --skipped;
     }
-    transformRow<Int>(dst.row(y), roi.width, buffer);
+    transformRow<Int>(dst.row(y), roi.width, work);
   }
 }
 
 template <class Int>
-void trueDistance(Rows<const uint8_t> src, Rows<float> dst, RoiSize roi, uint8_t* buffer) {
-  for (int y = 0; y < roi.height; ++y)
-    lookUp(src.row(y), y > 0 ? distances(dst, y - 1) : nullptr, distances(dst, y), roi.width);
-  for (int y = roi.height - 2; y >= 0; --y) lookDown(distances(dst, y + 1), distances(dst, y), roi.width);
-  transformRows<Int>(dst, roi, buffer);
+void trueDistance(Rows<const uint8_t> src, Rows<float> dst, RoiSize roi, Carver work) {
+  for (int y = 0; y < roi.height; ++y) lookUp(src.row(y), y > 0 ? dst.row(y - 1) : nullptr, dst.row(y), roi.width);
+  for (int y = roi.height - 2; y >= 0; --y) lookDown(dst.row(y + 1), dst.row(y), roi.width);
+  if (roi.width >= NearbySearch::kLeastWidth) return searchRows<Int>(dst, roi, work);
+  for (int y = 0; y < roi.height; ++y) transformRow<Int>(dst.row(y), roi.width, work);
 }
 
-// Below this, w^2 + h^2 fits 31 bits.
+// With both sides below this, w^2 + h^2 fits 31 bits. Beyond 46340, the square of one alone does not.
 constexpr int kSmallSide = 1 << 15;
 
-constexpr int64_t roundUp4(int64_t v) { return (v + 3) / 4 * 4; }
-
 }  // namespace
-}  // namespace zvp
+}  // namespace zvp::distance
 
 using namespace zvp;
+using namespace zvp::distance;
 
 Status zvpiTrueDistanceTransform_8u32f_C1R(const uint8_t* pSrc, int srcStep, float* pDst, int dstStep, RoiSize roiSize,
                                            uint8_t* pBuffer) {
   const Rows src{pSrc, srcStep};
   const Rows dst{pDst, dstStep};
-  if (Status s = firstFailure(nonNull(src), nonNull(dst), nonNull(pBuffer), nonEmpty(roiSize),
-                              rowsFit(roiSize.width, src), rowsFit(roiSize.width, dst), wholeElements(dst)))
+  if (Status s = firstFailure(nonNull(src, dst, pBuffer), nonEmpty(roiSize), rowsFit(roiSize.width, src),
+                              rowsFit(roiSize.width, dst), wholeElements(dst)))
     return s;
   const bool small = simd::max(roiSize.width, roiSize.height) < kSmallSide;
-  (small ? trueDistance<int32_t> : trueDistance<int64_t>)(src, dst, roiSize, pBuffer);
+  (small ? trueDistance<int32_t> : trueDistance<int64_t>)(src, dst, roiSize, Carver(pBuffer, workBytes(roiSize)));
   return StatusOk;
 }
 
 Status zvpiTrueDistanceTransformGetBufferSize_8u32f_C1R(RoiSize roiSize, int* pBufferSize) {
-  if (Status s = firstFailure(nonNull(pBufferSize), nonEmpty(roiSize))) return s;
-  const int64_t bytes = roundUp4(simd::max(roiSize.width, roiSize.height)) * 24 + 56;
-  if (bytes > INT32_MAX) return ErrSize;
-  *pBufferSize = static_cast<int>(bytes);
-  return StatusOk;
+  return reportSize(firstFailure(nonNull(pBufferSize), nonEmpty(roiSize)), workBytes(roiSize), pBufferSize);
 }
