@@ -1,4 +1,4 @@
-// A picture of a run: how many times faster than the plain loop each row is.
+// A picture of a run: how many times faster than the plain loops each row is.
 #pragma once
 
 #include <string>
@@ -6,12 +6,13 @@
 
 namespace bench {
 
-struct Bar {
+// At least 1 to be seen: the scale is logarithmic.
+struct Bars {
   std::string label;
-  double value;  // at least 1 to be seen: the scale is logarithmic
+  double scalar, vectorised;
 };
 
 // Writes an SVG file; false if it cannot.
-bool writeChart(const std::string& path, const std::string& title, const std::vector<Bar>& bars);
+bool writeChart(const std::string& path, const std::vector<Bars>& rows);
 
 }  // namespace bench

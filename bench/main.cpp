@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <limits>
 #include <map>
@@ -15,29 +14,32 @@
 #include <vector>
 
 #include "cases.h"
-#include "chart.h"
+#include "report.h"
 
 namespace bench {
 namespace {
 
-constexpr RoiSize kSizes[] = {{128, 128}, {640, 480}, {1920, 1080}};
+constexpr RoiSize kTabled{640, 480}, kSizes[] = {{128, 128}, kTabled, {1920, 1080}};
 
 struct Options {
   std::regex filter{""};
   int repetitions = 9;
   double seconds = 0.02;  // of one repetition, at least
   std::string chart;
-  bool list = false;
+  bool list = false, markdown = false;
+  std::string earlier;  // the output of a run
 };
 
 const char* const kHelp =
-    "zvpcv_bench [--filter=REGEX] [--quick] [--chart=FILE] [--list] [--help]\n"
-    "Measures the image functions of zvpCV on one thread, each beside a plain loop and a plain copy. The plain loop "
-    "is\n"
-    "compiled twice: as scalar code, and with -O3 and vectorisation for x86-64-v3.\n"
+    "zvpcv_bench [--filter=REGEX] [--quick] [--chart=FILE] [--markdown[=RUN]] [--list] [--help]\n"
+    "Measures the image functions of zvpCV on one thread, each beside a plain copy and a plain loop, which is "
+    "compiled\n"
+    "twice: as scalar code, and with -O3 and vectorisation for x86-64-v3.\n"
     "  --filter=REGEX  only rows whose name and size match, as in --filter='AbsDiff.* 640x480'\n"
     "  --quick         shorter and fewer repetitions\n"
     "  --chart=FILE    also writes a picture (SVG): how many times faster than the plain loops each row is\n"
+    "  --markdown=RUN  prints tables in Markdown, of 640x480 only; with a column for another build of the library if\n"
+    "                  RUN is a file with the output of a run with that\n"
     "  --list          only prints the names of the functions that the rows measure\n"
     "LD_LIBRARY_PATH chooses another build of the library; the first line of the output names the one in use.\n";
 
@@ -56,10 +58,6 @@ class FastestTimes : public benchmark::BenchmarkReporter {
   }
 
   std::map<std::string, double> nanoseconds;
-};
-
-struct Times {  // ns per call; 0: not measured
-  double library = 0, plain = 0, vectorised = 0, copy = 0;
 };
 
 void add(const char* name, const std::function<void()>& run, const Options& options) {
@@ -108,20 +106,7 @@ bool agrees(const Work& work) {
   return work.agree();
 }
 
-// --- Rows and the table ----------------------------------------------------------------------------------------------
-
-struct Row {
-  const Case* what;
-  const Case* vectorised;  // null: none, or a processor that cannot run it
-  const std::string* section;
-  RoiSize size;  // empty: measured by the call
-  Times times{};
-
-  std::string sizeText() const {
-    return size.width == 0 ? "a call" : std::to_string(size.width) + "x" + std::to_string(size.height);
-  }
-  std::string name() const { return what->name + " " + sizeText(); }
-};
+// --- Rows ------------------------------------------------------------------------------------------------------------
 
 struct Cases {
   std::vector<Section> images = scalar::imageSections(), vectorised;
@@ -143,7 +128,9 @@ std::vector<Row> selectedRows(const Cases& cases, const Options& options) {
     }
   }
   for (const Case& c : cases.objects.cases) rows.push_back({&c, nullptr, &cases.objects.title, {0, 0}});
-  std::erase_if(rows, [&](const Row& row) { return !std::regex_search(row.name(), options.filter); });
+  std::erase_if(rows, [&](const Row& row) {
+    return (options.markdown && row.size.width != kTabled.width) || !std::regex_search(row.name(), options.filter);
+  });
   return rows;
 }
 
@@ -177,60 +164,25 @@ bool measureAll(std::vector<Row>& rows, const Options& options) {
   return allAgree;
 }
 
-std::string number(double value, const char* format) {
-  char text[32];
-  std::snprintf(text, sizeof text, format, value);
-  return value > 0 ? text : "-";
-}
-
-double ratio(double a, double b) { return b > 0 ? a / b : 0; }
-
-using Cells = std::array<std::string, 9>;
-
-void printLine(std::size_t nameWidth, const Cells& cells) {
-  std::printf("%-*s", static_cast<int>(nameWidth), cells[0].c_str());
-  constexpr int kWidths[] = {0, 9, 9, 9, 9, 8, 8, 10, 10};
-  for (std::size_t i = 1; i < cells.size(); ++i) std::printf(" %*s", kWidths[i], cells[i].c_str());
-  std::puts("");
-}
-
-void printTable(const std::vector<Row>& rows) {
-  std::size_t longest = 0;
-  for (const Row& row : rows) longest = std::max(longest, row.what->name.size());
-  printLine(longest, {"", "", "library", "plain", "copy", "plain/", "library/", "plain-O3", "plain-O3/"});
-  printLine(longest,
-            {"operation", "size", "ns/pixel", "ns/pixel", "ns/pixel", "library", "copy", "ns/pixel", "library"});
-  for (const Row& row : rows) {
-    const double pixels = row.size.width == 0 ? 1 : double(row.size.width) * row.size.height;
-    const Times& t = row.times;
-    printLine(longest, {row.what->name, row.sizeText(), number(t.library / pixels, "%.4f"),
-                        number(t.plain / pixels, "%.4f"), number(t.copy / pixels, "%.4f"),
-                        number(ratio(t.plain, t.library), "%.1f"), number(ratio(t.library, t.copy), "%.2f"),
-                        number(t.vectorised / pixels, "%.4f"), number(ratio(t.vectorised, t.library), "%.1f")});
-  }
-}
-
-bool drawChart(const std::vector<Row>& rows, const std::string& path) {
-  std::vector<Bar> bars;
-  for (const Row& row : rows)
-    if (row.times.plain > 0) bars.push_back({row.name().substr(4), ratio(row.times.plain, row.times.library)});
-  if (writeChart(path, "How many times faster than a plain scalar loop, on one thread", bars)) return true;
-  std::fprintf(stderr, "%s: cannot be written\n", path.c_str());
-  return false;
-}
-
 // --- The program -----------------------------------------------------------------------------------------------------
 
 // False where the program should end: help was asked for, or an option is wrong.
 bool parse(int argc, char** argv, Options& options, int& exitCode) {
-  const option known[] = {{"filter", required_argument, nullptr, 'f'}, {"quick", no_argument, nullptr, 'q'},
-                          {"chart", required_argument, nullptr, 'c'},  {"list", no_argument, nullptr, 'l'},
-                          {"help", no_argument, nullptr, 'h'},         {}};
+  const option known[] = {{"filter", required_argument, nullptr, 'f'},
+                          {"quick", no_argument, nullptr, 'q'},
+                          {"chart", required_argument, nullptr, 'c'},
+                          {"markdown", optional_argument, nullptr, 'm'},
+                          {"list", no_argument, nullptr, 'l'},
+                          {"help", no_argument, nullptr, 'h'},
+                          {}};
   for (int c; (c = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
     if (c == 'f') {
       options.filter = std::regex(optarg);
     } else if (c == 'c') {
       options.chart = optarg;
+    } else if (c == 'm') {
+      options.markdown = true;
+      options.earlier = optarg != nullptr ? optarg : "";
     } else if (c == 'l') {
       options.list = true;
     } else if (c == 'q') {
@@ -269,11 +221,14 @@ int run(int argc, char** argv) {
     return exitCode;
   }
   startBenchmarkLibrary(argv[0]);
-  std::printf("library: %s\n", libraryPath().c_str());
+  if (!options.markdown) std::printf("library: %s\n", libraryPath().c_str());
   std::fflush(stdout);
   if (!measureAll(rows, options)) exitCode = EXIT_FAILURE;
-  printTable(rows);
-  if (!options.chart.empty() && !drawChart(rows, options.chart)) exitCode = EXIT_FAILURE;
+  options.markdown ? printMarkdown(rows, libraryPath(), options.earlier) : printTable(rows);
+  if (!options.chart.empty() && !drawChart(rows, options.chart)) {
+    std::fprintf(stderr, "%s: cannot be written\n", options.chart.c_str());
+    exitCode = EXIT_FAILURE;
+  }
   return exitCode;
 }
 

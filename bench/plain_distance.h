@@ -95,15 +95,16 @@ void floodFill(const Image<T>& image, const Image<std::uint8_t>& visited, Point 
   const int w = visited.width, h = visited.height;
   for (int y = 0; y < h; ++y) std::memset(visited.row(y), 0, std::size_t(w));
   const auto take = [&](int x, int y) {
-    Pixel p{x, y, {}};
+    Pixel& p = stack.emplace_back();
     T* here = image.row(y) + x * channels;
+    p.x = x, p.y = y;
     for (int c = 0; c < channels; ++c) p.value[c] = here[c], here[c] = newVal;
     visited.row(y)[x] = 1;
-    stack.push_back(p);
   };
   take(seed.x, seed.y);
   while (!stack.empty()) {
-    const Pixel q = stack.back();
+    Pixel q{stack.back().x, stack.back().y, {}};
+    for (int c = 0; c < channels; ++c) q.value[c] = stack.back().value[c];
     stack.pop_back();
     const auto visit = [&](int x, int y) {
       if (x < 0 || y < 0 || x >= w || y >= h || visited.row(y)[x] != 0) return;

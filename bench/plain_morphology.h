@@ -41,31 +41,25 @@ inline std::vector<Offset> offsetsOf(const Mask& mask) {
   return offsets;
 }
 
+// Row by row, member by member.
 template <class Extremum, int channels, class T>
 void extrema(const Image<T>& src, const Image<T>& dst, const Mask& mask) {
-  const auto offsets = offsetsOf(mask);
   const int width = src.width, pixels = width / channels, edge = std::min(mask.width / 2 * channels, width / 2);
-  std::vector<const T*> rows(offsets.size());
-  for (int y = 0; y < src.height; ++y) {
-    for (std::size_t m = 0; m < rows.size(); ++m) rows[m] = src.row(std::clamp(y + offsets[m].y, 0, src.height - 1));
-    T* out = dst.row(y);
-    const auto atEdge = [&](int n) {
-      const auto under = [&](std::size_t m) {
-        return rows[m][std::clamp(n / channels + offsets[m].x, 0, pixels - 1) * channels + n % channels];
-      };
-      T v = under(0);
-      for (std::size_t m = 1; m < rows.size(); ++m) v = Extremum::pick(v, under(m));
-      out[n] = v;
+  const auto visit = [=](T* out, const T* row, int shift, auto pick) {
+    const auto atEdge = [=](int n) {
+      out[n] = pick(out[n], row[std::clamp(n / channels + shift, 0, pixels - 1) * channels + n % channels]);
     };
+    const T* under = row + shift * channels;
     for (int n = 0; n < edge; ++n) atEdge(n);
+    for (int n = edge; n < width - edge; ++n) out[n] = pick(out[n], under[n]);
     for (int n = width - edge; n < width; ++n) atEdge(n);
-
-    for (std::size_t m = 0; m < rows.size(); ++m) rows[m] += offsets[m].x * channels;
-    for (int n = edge; n < width - edge; ++n) {
-      T v = rows[0][n];
-      for (std::size_t m = 1; m < rows.size(); ++m) v = Extremum::pick(v, rows[m][n]);
-      out[n] = v;
-    }
+  };
+  const auto offsets = offsetsOf(mask);
+  for (int y = 0; y < src.height; ++y) {
+    const auto rowOf = [&](Offset o) { return src.row(std::clamp(y + o.y, 0, src.height - 1)); };
+    visit(dst.row(y), rowOf(offsets[0]), offsets[0].x, [](T, T v) { return v; });
+    for (std::size_t m = 1; m < offsets.size(); ++m)
+      visit(dst.row(y), rowOf(offsets[m]), offsets[m].x, [](T a, T b) { return Extremum::pick(a, b); });
   }
 }
 
