@@ -70,7 +70,7 @@ struct EarlierRun {
   std::map<std::string, double> library;  // ns per pixel, by row
 };
 
-std::string threeDigits(double value) { return number(value, value < 2 ? "%.3f" : value < 10 ? "%.2f" : "%.0f"); }
+std::string threeDigits(double value) { return number(value, value < 1 ? "%.3f" : value < 10 ? "%.2f" : "%.0f"); }
 std::string times(double a, double b) { return number(ratio(a, b), ratio(a, b) < 100 ? "%.1f" : "%.0f"); }
 
 void printCells(const std::vector<std::string>& cells) {
