@@ -50,7 +50,6 @@ class GuardedBlock {
 
   uint8_t* start() const { return start_; }
   const GuardedBlock& block() const { return *this; }
-  size_t size() const { return size_; }
 
   // Such a block takes memory only where it is written, and is zero elsewhere.
   bool isSparse() const { return size_ > size_t{1} << 30; }
@@ -97,8 +96,8 @@ class Frozen {
   std::vector<const GuardedBlock*> blocks_;
 };
 
-// The address of an operand as the argument of a call: while the call runs, a source that is not its destination, too,
-// can be read only.
+// The address of an operand as the argument of a call. While the call runs, a block that it takes as const can only be
+// read, unless it takes the same block as its destination, too.
 template <class T>
 class Data {
  public:
