@@ -36,8 +36,9 @@ class Wave {
  private:
   using V = simd::Pack<float, N>;
 
-  // Above this, steps wait for the result of the step before; below, bands take longer to start and to end.
-  static constexpr int kSkew = kernel == Kernel::k3x3 ? 3 : 4;
+  // A pixel needs the row above up to kReach columns to its right. A skew of kReach + 1 would do, but then each moment
+  // would wait for the shuffled result of the one before; with more, bands take longer to start and to end.
+  static constexpr int kReach = kernel == Kernel::k3x3 ? 1 : 2, kSkew = kReach + 2;
   static constexpr int kHistory = 2 * kSkew + 1;
 
   static V farthest() { return simd::broadcast<float, N>(kFarthest<float>); }
@@ -87,10 +88,22 @@ class Wave {
     }
   }
 
-  // N moments. At an end of the rows the pixels outside stay farthest.
+  // N moments, t..t + N - 1. At an end of the rows the pixels outside stay farthest.
   template <bool atEnd>
   void advance(int t) {
     V pixels[N], outside[N];
+    readBand<atEnd>(t, pixels, outside);
+    moveFront<atEnd>(t, pixels, outside);
+    for (int i = 0; i < kHistory; ++i) above_[i] = above_[N + i];
+    if constexpr (kernel == Kernel::k5x5)
+      for (int i = 0; i < kHistory; ++i) above2_[i] = above2_[N + i];
+    writeBand<atEnd>(t, pixels);
+  }
+
+  // Rows as they are in memory, turned into moments: element r of a moment is the pixel of row r. The moments of
+  // `outside` are farthest where there is no pixel.
+  template <bool atEnd>
+  ZVP_INLINE void readBand(int t, V (&pixels)[N], V (&outside)[N]) const {
     for (int r = 0; r < N; ++r) {
       if constexpr (atEnd) {
         const Inside in = inside(r, column(r, t));
@@ -102,6 +115,26 @@ class Wave {
     }
     simd::transpose(pixels);
     if constexpr (atEnd) simd::transpose(outside);
+  }
+
+  template <bool atEnd>
+  ZVP_INLINE void writeBand(int t, V (&pixels)[N]) const {
+    simd::transpose(pixels);
+    for (int r = 0; r < N; ++r) {
+      const int x = column(r, t);
+      if constexpr (atEnd) {
+        const Inside in = inside(r, x);
+        if (in.first < in.end) simd::storeBetween(at(line(r), x), in.first, in.end, pixels[r]);
+      } else {
+        simd::store(line(r) + x, pixels[r]);
+      }
+    }
+  }
+
+  // Each moment becomes the least of itself, what comes from the rows above, and the moment before. What has been
+  // finished moves on to the next row; the rows above the band enter at its top.
+  template <bool atEnd>
+  ZVP_INLINE void moveFront(int t, V (&pixels)[N], const V (&outside)[N]) {
     float entering[N], entering2[N];
     simd::store(entering, read(-1, t));
     simd::store(entering2, kernel == Kernel::k5x5 ? read(-2, t) : V{});
@@ -118,19 +151,6 @@ class Wave {
       if constexpr (kernel == Kernel::k5x5) *above2 = simd::slideUp<1>(*above, simd::broadcast<float, N>(entering2[k]));
     }
     left_ = left;
-    for (int i = 0; i < kHistory; ++i) above_[i] = above_[N + i];
-    if constexpr (kernel == Kernel::k5x5)
-      for (int i = 0; i < kHistory; ++i) above2_[i] = above2_[N + i];
-    simd::transpose(pixels);
-    for (int r = 0; r < N; ++r) {
-      const int x = column(r, t);
-      if constexpr (atEnd) {
-        const Inside in = inside(r, x);
-        if (in.first < in.end) simd::storeBetween(at(line(r), x), in.first, in.end, pixels[r]);
-      } else {
-        simd::store(line(r) + x, pixels[r]);
-      }
-    }
   }
 
   // The pixel d columns to the right in the row above was finished kSkew - d moments ago, two rows above 2 kSkew - d.
