@@ -8,7 +8,7 @@
 #include "core/carver.h"
 #include "core/query.h"
 #include "core/runs.h"
-#include "simd/walk.h"
+#include "simd/simd.h"
 #include "zvpcv/distance.h"
 
 namespace zvp::distance {
@@ -105,23 +105,22 @@ class NearbySearch {
   // Turns distances within columns into the result, or returns false and leaves the row as it is.
   bool transform(float* row) const {
     square(row);
-    const auto search = [this]<int N>(int x) __attribute__((always_inline)) { return searchAround<N>(x); };
-    if (!simd::coverRow<float>(width_, search)) return false;
+    // As a coverRow, with its choice of narrower packs, up to 1.17 times slower.
+    for (int x = 0; x < width_ - N; x += N)
+      if (!searchAround(x)) return false;
+    if (!searchAround(width_ - N)) return false;
     memcpy(row, result_, static_cast<size_t>(width_) * sizeof(float));
     return true;
   }
 
  private:
-  static constexpr int kReach = 32, kStride = 4;
+  static constexpr int N = simd::lanes<float>, kReach = 32, kStride = 4;
+  using V = simd::Pack<float, N>;
 
-  template <class V>
-  ZVP_INLINE static bool anyBeyond(V squares, int distance) {
-    return simd::maskBits(squares > constant<V>(distance * distance)) != 0;
+  static bool anyBeyond(V squares, int distance) {
+    return simd::maskBits(squares > constant(distance * distance)) != 0;
   }
-  template <class V>
-  ZVP_INLINE static V constant(int v) {
-    return simd::broadcast<float, simd::laneCount<V>>(static_cast<float>(v));
-  }
+  static V constant(int v) { return simd::broadcast<float, N>(static_cast<float>(v)); }
 
   void square(const float* row) const {
     const float none = std::numeric_limits<float>::max();
@@ -134,15 +133,13 @@ class NearbySearch {
   }
 
   // The least of N pixels and their neighbours up to the distance beyond which nothing is less; false if that is far.
-  template <int N>
-  ZVP_INLINE bool searchAround(int x) const {
-    using V = simd::Pack<float, N>;
+  bool searchAround(int x) const {
     V least = simd::load<V>(squares_ + x);
     for (int far = 1; far < kReach; far += kStride) {
       if (!anyBeyond(least, far)) break;
       for (int i = far; i < far + kStride; ++i) {
         const V beside = simd::min(simd::load<V>(squares_ + x - i), simd::load<V>(squares_ + x + i));
-        least = simd::min(least, V(beside + constant<V>(i * i)));
+        least = simd::min(least, V(beside + constant(i * i)));
       }
     }
     simd::store(result_ + x, least);
