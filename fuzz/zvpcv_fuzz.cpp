@@ -1,24 +1,37 @@
-// One structured fuzz target for the whole interface: the first bytes pick a function, the rest its arguments.
-#include "families.h"
+// One structured fuzz target for the whole interface: the first bytes pick an export, the rest draw its arguments, valid
+// and invalid ones. Operands are heap blocks, so that the address sanitizer sees every access beyond.
+#include <fuzzer/FuzzedDataProvider.h>
 
-namespace fuzz {
-namespace {
+#include "calls/calls.h"
 
-std::vector<Target> allTargets() {
-  std::vector<Target> all;
-  for (const Targets family :
-       {arithmeticTargets(), detectTargets(), distanceTargets(), featuresTargets(), filterTargets(), geometryTargets(),
-        integralTargets(), morphologyTargets(), opticalFlowTargets(), pyramidTargets(), segmentTargets()})
-    all.insert(all.end(), family.begin(), family.end());
-  return all;
+namespace zvp::calls {
+
+Block exactBlock(std::size_t bytes, bool) {
+  return {std::shared_ptr<std::uint8_t>(new std::uint8_t[bytes], std::default_delete<std::uint8_t[]>()), nullptr};
 }
 
+namespace {
+
+class FromBytes : public Draw {
+ public:
+  FromBytes(const std::uint8_t* data, std::size_t size) : Draw(true), bytes_(data, size) {}
+
+  std::int64_t integer(std::int64_t low, std::int64_t high) override {
+    return bytes_.ConsumeIntegralInRange(low, high);
+  }
+
+ private:
+  FuzzedDataProvider bytes_;
+};
+
 }  // namespace
-}  // namespace fuzz
+}  // namespace zvp::calls
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::vector<fuzz::Target> kTargets = fuzz::allTargets();
-  fuzz::Bytes in(data, size);
-  kTargets[in.ConsumeIntegralInRange<std::size_t>(0, kTargets.size() - 1)](in);
+  using namespace zvp::calls;
+  FromBytes draw(data, size);
+  const std::vector<Export>& all = allExports();
+  Call call(all[std::size_t(draw.integer(0, std::int64_t(all.size()) - 1))], draw);
+  if (call.isComplete()) call.run();
   return 0;
 }
