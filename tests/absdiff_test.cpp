@@ -2,7 +2,6 @@
 #include <cmath>
 #include <limits>
 
-#include "support/checks.h"
 #include "support/image.h"
 #include "zvpcv/arithmetic.h"
 
@@ -42,14 +41,14 @@ void expectDifferences(int channels, Call call, Subtrahends subtrahends) {
 
 template <class T>
 void expectAbsDiff(const char* name, Status (*f)(const T*, int, const T*, int, T*, int, RoiSize), int channels = 1) {
+  SCOPED_TRACE(name);
   const auto call = [f](const auto& a, const auto& b, const auto& dst, RoiSize roi) {
     return callOnImages(f, roi, a, b, dst);
   };
   expectDifferences<T>(channels, call, Values<T>(2));
-  expectImageChecks(name, f, {6 / channels, 2}, Image<T>(6, 2), Image<T>(6, 2), Image<T>(6, 2));
 }
 
-TEST(AbsDiff, EqualsThePlainLoopAndChecksInOrder) {
+TEST(AbsDiff, EqualsThePlainLoop) {
   expectAbsDiff("8u_C1R", zvpiAbsDiff_8u_C1R);
   expectAbsDiff("8u_C3R", zvpiAbsDiff_8u_C3R, 3);
   expectAbsDiff("16u_C1R", zvpiAbsDiff_16u_C1R);
@@ -60,17 +59,17 @@ TEST(AbsDiff, EqualsThePlainLoopAndChecksInOrder) {
 template <class T, class Constant>
 void expectAbsDiffC(const char* name, Status (*f)(const T*, int, T*, int, RoiSize, Constant),
                     const std::vector<std::pair<Constant, T>>& constants) {
+  SCOPED_TRACE(name);
   for (const auto& [constant, clamped] : constants) {
     const auto withConstant = [f, c = constant](auto... arguments) { return f(arguments..., c); };
     const auto call = [&](const auto& src, const auto&, const auto& dst, RoiSize roi) {
       return callOnImages(withConstant, roi, src, dst);
     };
     expectDifferences<T>(1, call, [value = clamped] { return value; });
-    expectImageChecks(name, withConstant, {6, 2}, Image<T>(6, 2), Image<T>(6, 2));
   }
 }
 
-TEST(AbsDiffC, EqualsThePlainLoopAfterClampingAndChecksInOrder) {
+TEST(AbsDiffC, EqualsThePlainLoopAfterClamping) {
   expectAbsDiffC<uint8_t, int>(
       "8u_C1R", zvpiAbsDiffC_8u_C1R,
       {{INT32_MIN, 0}, {-5, 0}, {0, 0}, {117, 117}, {256, 255}, {65535, 255}, {65536, 255}, {INT32_MAX, 255}});

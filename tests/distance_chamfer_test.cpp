@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "support/checks.h"
 #include "support/image.h"
 #include "zvpcv/distance.h"
 
@@ -196,63 +195,6 @@ TEST(Chamfer, MaskTable) {
         EXPECT_EQ(byType[i], f[i]);
       }
     }
-}
-
-TEST(Chamfer, MaskChecksInOrder) {
-  float f[3] = {7, 7, 7};
-  int32_t w[3] = {7, 7, 7};
-  EXPECT_EQ(zvpiGetDistanceTransformMask_32f(4, 3, nullptr), ErrNullPtr);
-  EXPECT_EQ(zvpiGetDistanceTransformMask_32s(4, 3, nullptr), ErrNullPtr);
-  for (const int size : {0, 1, 4, 7, -3, 30, INT32_MIN}) {
-    EXPECT_EQ(zvpiGetDistanceTransformMask_32f(size, 3, f), ErrSize);
-    EXPECT_EQ(zvpiGetDistanceTransformMask_32s(size, -1, w), ErrSize);
-  }
-  for (const int norm : {-1, 3, 10, INT32_MAX}) {
-    EXPECT_EQ(zvpiGetDistanceTransformMask_32f(5, norm, f), ErrBadArg);
-    EXPECT_EQ(zvpiGetDistanceTransformMask_32s(3, norm, w), ErrBadArg);
-  }
-  for (const int type : {33, 39, 53, 43, -31, INT32_MAX})
-    EXPECT_EQ(zvpiGetDistanceTransformMask(type, nullptr), ErrBadArg);
-  for (const int type : {30, 42, 0}) EXPECT_EQ(zvpiGetDistanceTransformMask(type, nullptr), ErrNullPtr);
-  for (const int type : {42, 40, 0, 2, 320, 502, -30}) EXPECT_EQ(zvpiGetDistanceTransformMask(type, f), ErrSize);
-  for (int i = 0; i < 3; ++i) EXPECT_TRUE(f[i] == 7 && w[i] == 7);
-}
-
-TEST(Chamfer, ChecksInOrderAndWritesNothing) {
-  forEachChamfer([]<class T, class M>(const Chamfer<T, M>& member) {
-    const Image<uint8_t> src(6, 2);
-    const Image<T> dst(6, 2);
-    const auto before = dst.bytes();
-    const M nan = std::is_same_v<M, float> ? static_cast<M>(NAN) : M(-1);
-    const size_t count = member.knights ? 3 : 2;
-    for (size_t i = 0; i < count; ++i)
-      for (const M bad : {M(0), M(-1), nan}) {
-        std::vector<M> weights(count, 1);
-        weights[i] = bad;
-        Call call{member.name,
-                  {{src.data(), src.step(), 1}, {dst.data(), dst.step(), sizeof(T)}},
-                  {weights.data()},
-                  {6, 2},
-                  [&](const auto& o, const auto& p, RoiSize roi) {
-                    return member.transform(static_cast<const uint8_t*>(o[0].data), o[0].step,
-                                            static_cast<T*>(const_cast<void*>(o[1].data)), o[1].step, roi,
-                                            static_cast<const M*>(p[0]));
-                  }};
-        expectStandardChecks(call);
-        EXPECT_EQ(call(), ErrMetric) << member.name;
-      }
-    EXPECT_EQ(dst.bytes(), before);
-  });
-  uint8_t pixels[4] = {};
-  const int32_t weights[] = {1, 1, 1}, bad[] = {0, 1, 1};
-  for (const auto f : {zvpiDistanceTransform_3x3_8u_C1IR, zvpiDistanceTransform_5x5_8u_C1IR}) {
-    EXPECT_EQ(f(nullptr, 0, {0, 0}, bad), ErrNullPtr);
-    EXPECT_EQ(f(pixels, 0, {0, 0}, nullptr), ErrNullPtr);
-    EXPECT_EQ(f(pixels, 0, {0, 1}, bad), ErrSize);
-    EXPECT_EQ(f(pixels, 1, {2, 2}, bad), ErrStep);
-    EXPECT_EQ(f(pixels, 2, {2, 2}, bad), ErrMetric);
-    EXPECT_EQ(f(pixels, 2, {2, 2}, weights), StatusOk);
-  }
 }
 
 }  // namespace

@@ -183,42 +183,6 @@ TEST(FilterColumn, StrongTapsAreSummedInSinglePrecision) {
               Values32(5, c.expected));
 }
 
-template <class T, class Out, class Tap, class A>
-void expectColumnChecks(const FilterMember<T, Out, Tap, A>& member) {
-  SCOPED_TRACE(member.name);
-  const int elements = 6 * member.channels();
-  const std::vector<T> row(static_cast<size_t>(elements), 1);
-  const Image<Out> dst(elements, 2);
-  const T* rows[] = {row.data(), row.data(), row.data(), row.data()};
-  const Tap kernel[] = {1, 2, 1};
-  const RoiSize roi{6, 2};
-  const GuardedBlock buffer = member.work(roi, 3, {});
-  const auto before = dst.bytes(), bufferBefore = buffer.bytes();
-  const int smallestStep = member.name == "Low_16s_C3R" ? 12 : dst.step();
-  const A valid{rows, dst.data(), smallestStep, roi, kernel, 3, buffer.start()};
-
-  std::vector<Fault<A>> faults = {
-      {ErrNullPtr, {}},
-      {ErrBadArg, {set(&A::divisor, 0)}},
-      {ErrNullPtr, {set(&A::buffer, nullptr)}},
-      {ErrStepNotMultiple, {set(&A::dstStep, smallestStep + 1)}},
-      {ErrStep, {set(&A::dstStep, -smallestStep), set(&A::roi, {INT32_MAX, 1}), set(&A::dstStep, smallestStep - 1)}},
-      {ErrSize, {set(&A::roi, {6, 0}), set(&A::roi, {-1, 2}), set(&A::kernelSize, 0)}},
-      {ErrSize, {set(&A::roi, {0, 0})}},
-      {ErrNullPtr, {set(&A::src, nullptr), set(&A::dst, nullptr), set(&A::kernel, nullptr)}},
-  };
-  for (const T*& p : rows) faults[0].forms.push_back([&](A&) { std::fill(rows, rows + 4, row.data()), p = nullptr; });
-  if (sizeof(Out) == 1) faults.erase(faults.begin() + 3);
-  if (member.kIsFloat) faults.erase(faults.begin() + 1);
-  expectFaultsInOrder(valid, member.filter, faults);
-  EXPECT_EQ(dst.bytes(), before);
-  EXPECT_EQ(buffer.bytes(), bufferBefore);
-}
-
-TEST(FilterColumn, ChecksInOrderAndWritesNothing) {
-  forEachMember([](const auto& member) { expectColumnChecks(member); });
-}
-
 // The step of Low_16s_C3R need not hold a row: rows then overwrite each other's ends from the top to the bottom.
 TEST(FilterColumnLow, ThreeChannelRowsMayOverlap) {
   constexpr int kWidth = 7, kHeight = 4, kValues = 3 * kWidth;

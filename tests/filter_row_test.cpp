@@ -231,56 +231,25 @@ TEST(FilterRowLow, SumsWrapAndScalesHaveFourteenBits) {
     EXPECT_EQ(filtered(ZVP_ROW_MEMBER(Low_16s_C1R), c.row, c.taps, 1, BorderConstant, 0, c.divisor), c.expected);
 }
 
-// Checks of a member in order, and what a call that passes or fails leaves.
-template <class T, class Out, class Tap, class A>
-void expectRowChecks(const FilterMember<T, Out, Tap, A>& member) {
-  SCOPED_TRACE(member.name);
-  constexpr int kHeight = 4, kNullRow = 2;
-  const int elements = 6 * member.channels();
-  const Image<T> src(elements, kHeight);
-  const Image<Out> dst(elements, kHeight);
-  src.fill([] { return 1; });
-  std::vector<Out*> rows;
-  for (int y = 0; y < kHeight; ++y) rows.push_back(dst.address(y));
-  const Tap kernel[] = {1, 1, 1};
-  const T value[] = {1, 2, 3};
-  const RoiSize roi{6, kHeight};
-  const GuardedBlock buffer = member.work(roi, 3, {});
-  const auto before = dst.bytes(), bufferBefore = buffer.bytes();
-  const A valid{src.data(), src.step(), rows.data(), roi, kernel, 3, 1, BorderReplicate, value, buffer.start()};
-
-  std::vector<std::function<void(A&)>> types;
-  for (const BorderType type : {6, 7, -1, 15, 0x11, 0x41, 0xf0, 0x101, 5}) types.push_back(set(&A::borderType, type));
-  const auto constant = [](A& a) { a.borderType = BorderConstant, a.borderValue = nullptr; };
-  const bool hasValues = member.channels() == 3;
-  std::vector<Fault<A>> faults = {
-      {ErrBadArg, {set(&A::divisor, 0)}},
-      {ErrNullPtr, {constant}},
-      {ErrBadArg, types},
-      {ErrStepNotMultiple, {set(&A::srcStep, src.step() + 1)}},
-      {ErrStep, {set(&A::roi, {INT32_MAX, 1}), set(&A::srcStep, -src.step()), set(&A::srcStep, src.step() - 1)}},
-      {ErrAnchor, {set(&A::xAnchor, -1), set(&A::xAnchor, 3)}},
-      {ErrSize, {set(&A::roi, {6, 0}), set(&A::roi, {-1, 2}), set(&A::kernelSize, 0)}},
-      {ErrSize, {set(&A::roi, {0, 0})}},
-      {ErrNullPtr, {set(&A::src, nullptr), set(&A::dst, nullptr), set(&A::kernel, nullptr), set(&A::buffer, nullptr)}},
-  };
-  if (sizeof(T) == 1) faults.erase(faults.begin() + 3);
-  if (!hasValues) faults.erase(faults.begin() + 1);
-  if (member.kIsFloat) faults.erase(faults.begin());
-  expectFaultsInOrder(valid, member.filter, faults);
-  EXPECT_EQ(dst.bytes(), before);
-  EXPECT_EQ(buffer.bytes(), bufferBefore);
-
-  A noValue = valid;
-  if (hasValues) noValue.borderValue = nullptr;
-  rows[kNullRow] = nullptr;
-  dst.fill([] { return 77; });
-  EXPECT_EQ(member.filter(noValue), ErrNullPtr) << "stops after the rows before the null one";
-  EXPECT_TRUE(matches(dst, [](int y, int) { return y < kNullRow ? Out(3) : Out(77); }));
-}
-
-TEST(FilterRow, ChecksInOrderAndWritesNothing) {
-  forEachMember([](const auto& member) { expectRowChecks(member); });
+TEST(FilterRow, StopsAtANullRow) {
+  forEachMember([]<class T, class Out, class Tap, class A>(const FilterMember<T, Out, Tap, A>& member) {
+    SCOPED_TRACE(member.name);
+    constexpr int kHeight = 4, kNullRow = 2;
+    const int elements = 6 * member.channels();
+    const Image<T> src(elements, kHeight);
+    const Image<Out> dst(elements, kHeight);
+    src.fill([] { return 1; });
+    dst.fill([] { return 77; });
+    std::vector<Out*> rows;
+    for (int y = 0; y < kHeight; ++y) rows.push_back(y == kNullRow ? nullptr : dst.address(y));
+    const Tap kernel[] = {1, 1, 1};
+    const T value[] = {1, 2, 3};
+    const GuardedBlock buffer = member.work({6, kHeight}, 3, {});
+    A call{src.data(), src.step(), rows.data(), {6, kHeight}, kernel, 3, 1, BorderReplicate, value, buffer.start()};
+    if (member.channels() == 3) call.borderValue = nullptr;
+    EXPECT_EQ(member.filter(call), ErrNullPtr);
+    EXPECT_TRUE(matches(dst, [](int y, int) { return y < kNullRow ? Out(3) : Out(77); }));
+  });
 }
 
 TEST(FilterRow, BufferSizesDependOnTheKernelOnly) {

@@ -1,6 +1,5 @@
 #include <math.h>
 
-#include "support/checks.h"
 #include "support/flood.h"
 
 namespace zvp::test {
@@ -223,37 +222,6 @@ TEST(FloodFill, FloatsCompareAsNumbers) {
   };
   EXPECT_EQ(joined(1 - 0x1p-24f, 0.75f * 0x1p-24f), 20);
   EXPECT_EQ(joined(-0x1p-30f, 1), 1);
-}
-
-TEST(FloodFill, ChecksInOrderAndWritesNothing) {
-  forEachFill([]<class T>(const FillMember<T>& member) {
-    const Image<T> image(5 * member.channels, 3);
-    image.fill([] { return 3; });
-    const GuardedBlock buffer(2000, {});
-    const T values[] = {1, 1, 1};
-    ConnectedComponent region{-1, {}, {}};
-    const auto before = image.bytes(), bufferBefore = buffer.bytes();
-    for (const Point outside : {Point{-1, 0}, Point{5, 0}, Point{0, -1}, Point{0, 3}, Point{INT32_MAX, INT32_MIN}}) {
-      // The seed is the last check: every other fault is found before it.
-      const auto fill = [&](T* p, int step, RoiSize roi, ConnectedComponent* component, uint8_t* work) {
-        return member.fill(p, step, roi, outside, values, values, values, component, work);
-      };
-      const Call call = callOf(member.name, fill, operandOf(image), RoiSize{5, 3}, &region, buffer.start());
-      expectStandardChecks(call);
-      EXPECT_EQ(call(), ErrOutOfRange);
-    }
-    if (member.channels == 3) {
-      for (int i = 0; i < (member.rule == FillRule::kEqual ? 1 : 3); ++i) {
-        const T* v[] = {values, values, values};
-        v[i] = nullptr;
-        EXPECT_EQ(member.fill(image.data(), 0, {0, 0}, {-1, -1}, v[0], v[1], v[2], &region, buffer.start()), ErrNullPtr)
-            << member.name << i;
-      }
-    }
-    EXPECT_EQ(image.bytes(), before);
-    EXPECT_EQ(buffer.bytes(), bufferBefore);
-    EXPECT_EQ(region.area, -1);
-  });
 }
 
 TEST(FloodFill, BufferSizes) {

@@ -1,7 +1,6 @@
 // Upright and tilted integral images against their recurrences written out pixel by pixel.
 #include "zvpcv/integral.h"
 
-#include "support/checks.h"
 #include "support/image.h"
 
 namespace zvp::test {
@@ -85,10 +84,9 @@ void expectTables(const char* name, F f, bool tilted, S... starts) {
     expectEach(Image<S>(width + margin, rows, step * int{sizeof(S)}, somePlacement(width))...);
     if (testing::Test::HasFailure()) return;
   }
-  expectImageChecks(name, call, {5, 3}, Image<uint8_t>(5, 3), Image<S>(5 + margin, 3 + margin)...);
 }
 
-TEST(Integral, EqualsThePlainLoopAndChecksInOrder) {
+TEST(Integral, EqualsThePlainLoop) {
   for (const int32_t start : {0, 5, INT32_MAX - 1000}) expectTables("8u32s", zvpiIntegral_8u32s_C1R, false, start);
   for (const float start : {0.0f, 0.3f, -16777215.0f}) expectTables("8u32f", zvpiIntegral_8u32f_C1R, false, start);
   expectTables("Sqr_8u32s", zvpiSqrIntegral_8u32s_C1R, false, -3, INT32_MAX - 100000);
@@ -96,7 +94,7 @@ TEST(Integral, EqualsThePlainLoopAndChecksInOrder) {
   expectTables("Sqr_8u32f64f", zvpiSqrIntegral_8u32f64f_C1R, false, 1e7f, -7.25);
 }
 
-TEST(TiltedIntegral, EqualsTheRecurrenceAndChecksInOrder) {
+TEST(TiltedIntegral, EqualsTheRecurrence) {
   for (const int32_t start : {0, 5, INT32_MAX - 1000}) expectTables("8u32s", zvpiTiltedIntegral_8u32s_C1R, true, start);
   for (const float start : {0.0f, 0.3f, -16777215.0f}) expectTables("8u32f", zvpiTiltedIntegral_8u32f_C1R, true, start);
   expectTables("Sqr_8u32s", zvpiTiltedSqrIntegral_8u32s_C1R, true, -3, INT32_MAX - 100000);
@@ -104,7 +102,7 @@ TEST(TiltedIntegral, EqualsTheRecurrenceAndChecksInOrder) {
   expectTables("Sqr_8u32f64f", zvpiTiltedSqrIntegral_8u32f64f_C1R, true, 1e7f, -7.25);
 }
 
-TEST(Integral, FloatSourceAddsPixelByPixelAndChecksInOrder) {
+TEST(Integral, FloatSourceAddsPixelByPixel) {
   Values<float> values(3);
   for (int width = 1; width <= kWidest; ++width) {
     for (const int height : {1, 7, 8, 9, 19}) {
@@ -124,7 +122,6 @@ TEST(Integral, FloatSourceAddsPixelByPixelAndChecksInOrder) {
       ASSERT_TRUE(equals(dst, t, true));
     }
   }
-  expectImageChecks("32f", zvpiIntegral_32f_C1R, {5, 3}, Image<float>(5, 3), Image<float>(6, 4));
 }
 
 TEST(Integral, SquaresOfALongRowStayExact) {  // more than 2^32 in one row

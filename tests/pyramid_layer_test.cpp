@@ -2,7 +2,6 @@
 #include <sys/mman.h>
 
 #include "support/allocator.h"
-#include "support/checks.h"
 #include "support/filter.h"
 #include "support/pyramid.h"
 
@@ -249,64 +248,18 @@ TEST(PyramidLayer, KernelsByHand) {
 // --- Checks ----------------------------------------------------------------------------------------------------------
 
 template <class T>
-void expectInitChecks(const Direction<T>& d) {
+void expectKernelChecks(const Direction<T>& d) {
   const Taps<T> taps = {1, 2, 1};
-  auto* const untouched = reinterpret_cast<PyramidLayerState*>(&failAllocation);
-  PyramidLayerState* state = untouched;
-  const auto init = [&](RoiSize roi, float rate, int size, int mode) {
-    return d.init(&state, roi, rate, taps.data(), size, mode);
-  };
-  EXPECT_EQ(d.init(nullptr, {0, 0}, 0, taps.data(), 0, 0), ErrNullPtr);
-  EXPECT_EQ(d.init(&state, {0, 0}, 0, nullptr, 0, 0), ErrNullPtr);
-  EXPECT_EQ(init({0, 9}, 0, 0, 0), ErrSize);
-  EXPECT_EQ(init({9, 0}, 0, 0, 0), ErrSize);
-  EXPECT_EQ(init({3, 9}, 0, 3, 0), d.isDown ? ErrSize : ErrBadArg) << "the kernel is as wide as the image";
-  EXPECT_EQ(init({9, 9}, 2, 3, 1), ErrBadArg);
-  for (const float rate : {1.0f, 10.1f, -2.0f, nanf("")}) EXPECT_EQ(init({9, 9}, rate, 3, kLinear), ErrBadArg);
-  for (const int size : {1, 0, -3, 2}) EXPECT_EQ(init({9, 9}, 2, size, kLinear), ErrBadArg);
-  EXPECT_EQ(init({INT32_MAX, INT32_MAX}, 2, 3, kLinear), ErrNoMemory);
-  EXPECT_EQ(init({1, 1}, 2, INT32_MAX, kLinear), d.isDown ? ErrSize : ErrNoMemory);
-  failAllocation(1);
-  EXPECT_EQ(init({9, 9}, 2, 3, kLinear), ErrNoMemory);
-  failAllocation(0);
-  EXPECT_EQ(state, untouched);
-  EXPECT_EQ(liveAllocations(), 0);
-  EXPECT_EQ(init({4, 1}, 10, 3, kLinear), StatusOk);
-  EXPECT_EQ(liveAllocations(), 1);
-  EXPECT_EQ(d.free(state), StatusOk);
-  EXPECT_EQ(liveAllocations(), 0);
-  EXPECT_EQ(d.free(nullptr), ErrNullPtr);
+  PyramidLayerState* state = nullptr;
+  EXPECT_EQ(d.init(&state, {3, 9}, 0, taps.data(), 3, 0), d.isDown ? ErrSize : ErrBadArg);
+  EXPECT_EQ(d.init(&state, {1, 1}, 2, taps.data(), INT32_MAX, kLinear), d.isDown ? ErrSize : ErrNoMemory);
 }
 
-template <class T>
-void expectLayerChecks(const Member<T>& member, const Direction<T>& d, RoiSize size, RoiSize result) {
-  const RoiSize base{std::max(size.width, result.width), std::max(size.height, result.height)};
-  const StatePtr state = make(d, base, 2.0f, {1, 2, 1});
-  const Image<T> src(size.width * member.channels, size.height), dst(result.width * member.channels, result.height);
-  const auto before = dst.bytes();
-  const auto run = [&](const T* from, int fromStep, RoiSize roi, T* to, int toStep, PyramidLayerState* s) {
-    return d.run(from, fromStep, roi, to, toStep, result, s);
-  };
-  expectStandardChecks(callOf(member.name, run, operandOf(src), size, operandOf(dst), state.get()));
-  const auto resized = [&](RoiSize from, RoiSize to, const StatePtr& s) {
-    return d.run(src.data(), src.step(), from, dst.data(), dst.step(), to, s.get());
-  };
-  for (const RoiSize other :
-       {RoiSize{result.width - 1, result.height}, {result.width, result.height - 1}, {0, 0}, {-1, -1}})
-    EXPECT_EQ(resized(size, d.isDown ? other : RoiSize{other.width - 1, other.height - 1}, state), ErrSize);
-  EXPECT_EQ(resized({size.width, size.height + 2}, result, state), ErrSize) << "no image of that size, or too large";
-  const StatePtr floats = make(member.channels == 1 ? kDown32fC3 : kDown32f, base, 2, {1, 2, 1});
-  EXPECT_EQ(resized(size, {0, 0}, floats), ErrBadArg);
-  EXPECT_EQ(dst.bytes(), before);
-}
-
-TEST(PyramidLayer, ChecksInOrderAndWritesNothing) {
+TEST(PyramidLayer, KernelsOfReductionsAreNarrowerThanTheImage) {
   forEachMember([](const auto& member) {
     SCOPED_TRACE(member.name);
-    expectInitChecks(member.down);
-    expectInitChecks(member.up);
-    expectLayerChecks(member, member.down, {6, 6}, {3, 3});
-    expectLayerChecks(member, member.up, {3, 3}, {6, 6});
+    expectKernelChecks(member.down);
+    expectKernelChecks(member.up);
   });
 }
 

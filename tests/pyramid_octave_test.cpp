@@ -1,7 +1,6 @@
 // Octave reduction and expansion against plain sums, their borders by hand, work memory, checks.
 #include <array>
 
-#include "support/checks.h"
 #include "support/filter.h"
 #include "support/pyramid.h"
 
@@ -148,20 +147,6 @@ TEST(PyramidOctave, OneFloatPixelIsKept) {
     EXPECT_EQ(run(zvpiPyrDown_Gauss5x5_32f_C1R, F32{v}, {1, 1}, {1, 1}), F32{v});
     EXPECT_EQ(run(zvpiPyrUp_Gauss5x5_32f_C1R, F32{v}, {1, 1}, {2, 2}), (F32{v, v, v, v}));
   }
-}
-
-TEST(PyramidOctave, ChecksInOrderAndWritesNothing) {
-  forEachMember([]<class T>(const Member<T>& member) {
-    const Image<T> src(6 * member.channels, 3), dst(12 * member.channels, 6), reduced(3 * member.channels, 2);
-    const GuardedBlock buffer(4096, {});
-    const auto before = dst.bytes(), reducedBefore = reduced.bytes(), bufferBefore = buffer.bytes();
-    for (const auto& [function, result] : {std::pair{member.down, &reduced}, {member.up, &dst}})
-      expectStandardChecks(
-          callOf(member.name, function, operandOf(src), operandOf(*result), RoiSize{6, 3}, buffer.start()));
-    EXPECT_EQ(dst.bytes(), before);
-    EXPECT_EQ(reduced.bytes(), reducedBefore);
-    EXPECT_EQ(buffer.bytes(), bufferBefore);
-  });
 }
 
 TEST(PyramidOctave, BufferSizes) {

@@ -55,22 +55,6 @@ TEST(PyramidSizes, TheRangesFollowEachOtherWithoutGap) {
   }
 }
 
-TEST(PyramidSizes, ChecksInOrder) {
-  RoiSize a{-7, -7}, b = a;
-  EXPECT_EQ(zvpiGetPyramidDownROI({0, 0}, nullptr, 0), ErrNullPtr);
-  EXPECT_EQ(zvpiGetPyramidUpROI({0, 0}, nullptr, &b, 0), ErrNullPtr);
-  EXPECT_EQ(zvpiGetPyramidUpROI({0, 0}, &a, nullptr, 0), ErrNullPtr);
-  for (const RoiSize bad : {RoiSize{0, 1}, {1, 0}, {-1, 1}}) {
-    EXPECT_EQ(zvpiGetPyramidDownROI(bad, &a, 0), ErrSize);
-    EXPECT_EQ(zvpiGetPyramidUpROI(bad, &a, &b, 0), ErrSize);
-  }
-  for (const float rate : {1.0f, 10.0001f, 0.0f, -2.0f, NAN, INFINITY}) {
-    EXPECT_EQ(zvpiGetPyramidDownROI({9, 9}, &a, rate), ErrBadArg);
-    EXPECT_EQ(zvpiGetPyramidUpROI({9, 9}, &a, &b, rate), ErrBadArg);
-  }
-  for (const RoiSize size : {a, b}) EXPECT_EQ(pair(size), Size(-7, -7));
-}
-
 TEST(PyramidRecord, HoldsTheLevels) {
   constexpr RoiSize kSizes[] = {{8, 5}, {4, 3}, {2, 2}, {1, 1}};
   for (const int level : {1, 2, 3, 4, 100}) {
@@ -106,28 +90,6 @@ TEST(PyramidRecord, EveryRateReachesOnePixel) {
       EXPECT_NE(pair(p->roiSizes[p->level - 1]), Size(1, 1)) << rate;
     }
   EXPECT_EQ(makeRecord(INT32_MAX, {300, 2000}, 1.0000002f)->level, 1999) << "one pixel fewer each time";
-}
-
-TEST(PyramidRecord, ChecksInOrderAndReleasesAll) {
-  auto* const untouched = reinterpret_cast<Pyramid*>(&failAllocation);
-  Pyramid* p = untouched;
-  EXPECT_EQ(zvpiPyramidInitAlloc(nullptr, 0, {0, 0}, 0), ErrNullPtr);
-  EXPECT_EQ(zvpiPyramidInitAlloc(&p, 0, {0, 1}, 0), ErrSize);
-  EXPECT_EQ(zvpiPyramidInitAlloc(&p, 0, {1, 0}, 0), ErrSize);
-  for (const float rate : {1.0f, 10.1f, NAN}) EXPECT_EQ(zvpiPyramidInitAlloc(&p, 1, {9, 9}, rate), ErrBadArg);
-  EXPECT_EQ(zvpiPyramidInitAlloc(&p, 0, {9, 9}, 2), ErrBadArg);
-  EXPECT_EQ(zvpiPyramidInitAlloc(&p, 1, {INT32_MAX, 1}, 2), ErrNoMemory) << "the list of sizes is too long";
-  for (const int site : {1, 2}) {
-    failAllocation(site);
-    EXPECT_EQ(zvpiPyramidInitAlloc(&p, 3, {9, 9}, 2), ErrNoMemory);
-    EXPECT_EQ(liveAllocations(), 0);
-  }
-  failAllocation(0);
-  EXPECT_EQ(p, untouched);
-  EXPECT_EQ(zvpiPyramidInitAlloc(&p, 3, {9, 9}, 2), StatusOk);
-  EXPECT_EQ(zvpiPyramidFree(p), StatusOk);
-  EXPECT_EQ(zvpiPyramidFree(nullptr), ErrNullPtr);
-  EXPECT_EQ(liveAllocations(), 0);
 }
 
 }  // namespace

@@ -179,23 +179,6 @@ TEST(MarkSpeckles, FloatsThatAreNoOrdinaryNumbers) {
 
 // --- Buffer and checks -----------------------------------------------------------------------------------------------
 
-TEST(MarkSpeckles, ChecksInOrderAndWritesNothing) {
-  forEachMember([]<class T>(const Member<T>& member) {
-    const Image<T> image(6, 2);
-    const GuardedBlock buffer(13 * 12, {true, 1});
-    const auto before = image.bytes(), bufferBefore = buffer.bytes();
-    const auto call = [&](T* data, RoiSize roi, int norm, uint8_t* work) {
-      return member.mark(data, image.step(), roi, 1, 5, 1, norm, work);
-    };
-    EXPECT_EQ(call(nullptr, {0, 0}, 0, buffer.start()), ErrNullPtr);
-    EXPECT_EQ(call(image.data(), {0, 0}, 0, nullptr), ErrNullPtr);
-    for (const RoiSize roi : {RoiSize{0, 2}, {6, -1}}) EXPECT_EQ(call(image.data(), roi, 0, buffer.start()), ErrSize);
-    for (const int norm : {0, 2, -1, INT32_MAX}) EXPECT_EQ(call(image.data(), {6, 2}, norm, buffer.start()), ErrNorm);
-    EXPECT_EQ(image.bytes(), before);
-    EXPECT_EQ(buffer.bytes(), bufferBefore);
-  });
-}
-
 TEST(MarkSpeckles, BufferSizes) {
   const auto query = zvpiMarkSpecklesGetBufferSize;
   int size = 77;

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-#include "support/checks.h"
+#include "support/image.h"
 #include "zvpcv/geometry.h"
 
 namespace zvp::test {
@@ -264,41 +264,6 @@ TEST(CopySubpixIntersect, FractionsOfWindowsWiderThanSinglePrecision) {
   EXPECT_EQ(std::vector<uint8_t>(first - 2, first + 9),
             (std::vector<uint8_t>{100, 100, 84, 85, 86, 87, 88, 89, 90, 107, 107}));
   EXPECT_EQ(inside(min, max), (Inside{kBefore, kBefore + 6, 0, -1}));
-}
-
-// --- Checks ----------------------------------------------------------------------------------------------------------
-
-constexpr RoiSize kRoi{5, 3};
-
-TEST(CopySubpix, ChecksInOrderAndWritesNothing) {
-  forEachMember([]<class S, class D, class... Scale>(const Member<S, D, Scale...>& member) {
-    const Image<S> src(kRoi.width, kRoi.height);
-    const Image<D> dst(kRoi.width, kRoi.height);
-    const auto before = dst.bytes();
-    Point min = kUnwritten, max = kUnwritten;
-    const auto intersect = [&](RoiSize srcRoi, RoiSize dstRoi, [[maybe_unused]] int scale) {
-      return member.intersect(src.data(), src.step(), srcRoi, dst.data(), dst.step(), dstRoi, {2, 1}, &min, &max,
-                              Scale{scale}...);
-    };
-    expectStandardChecks(
-        callOf(member.name, member.copy, operandOf(src), operandOf(dst), kRoi, 0.5f, 0.5f, Scale{-14}...));
-    expectStandardChecks(callOf(member.name, member.intersect, operandOf(src), kRoi, operandOf(dst), kRoi,
-                                Point32f{2, 1}, &min, &max, Scale{-14}...));
-    for (const RoiSize empty : {RoiSize{0, 3}, RoiSize{5, 0}, RoiSize{-1, INT32_MIN}}) {
-      EXPECT_EQ(intersect(empty, {6, 3}, -14), ErrSize);
-      EXPECT_EQ(intersect({6, 3}, empty, -14), ErrSize);
-    }
-    EXPECT_EQ(intersect({6, 3}, kRoi, -14), ErrStep);
-    EXPECT_EQ(intersect(kRoi, {6, 3}, -14), ErrStep);
-    if constexpr (sizeof...(Scale) > 0) {
-      for (const int scale : {-14, INT32_MIN}) {
-        EXPECT_EQ(member.copy(src.data(), src.step(), dst.data(), dst.step(), kRoi, 0, 0, scale), ErrBadArg);
-        EXPECT_EQ(intersect(kRoi, kRoi, scale), ErrBadArg);
-      }
-    }
-    EXPECT_EQ(dst.bytes(), before);
-    EXPECT_EQ(inside(min, max), inside(kUnwritten, kUnwritten));
-  });
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "support/checks.h"
+#include "support/image.h"
 #include "zvpcv/filter.h"
 
 namespace zvp::test {

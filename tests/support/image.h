@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "zvpcv/types.h"
@@ -177,6 +178,12 @@ class Image {
   int width_, height_, step_;
   GuardedBlock block_;
 };
+
+// call(data and step of each image, roi)
+template <class F, class... T>
+Status callOnImages(F call, RoiSize roi, const Image<T>&... images) {
+  return std::apply(call, std::tuple_cat(std::tuple(images.data(), images.step())..., std::tuple(roi)));
+}
 
 // Equal bit patterns; with anyNan also two NaNs of any payload.
 template <class T>

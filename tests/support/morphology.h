@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "support/checks.h"
+#include "support/image.h"
 #include "zvpcv/morphology.h"
 
 namespace zvp::test {
@@ -265,56 +265,17 @@ class MorphWork {
   std::unique_ptr<GuardedBlock> spec_, buffer_;
 };
 
-// Checks of getSize and init; `bad` are extents and masks too small or too large.
+// Extents and masks whose objects are too large.
 template <class T, class Spec, class Extent>
-void expectObjectChecks(const MorphMember<T, Spec, Extent>& member,
-                        const std::vector<std::pair<Extent, RoiSize>>& bad) {
+void expectTooLarge(const MorphMember<T, Spec, Extent>& member, const std::vector<std::pair<Extent, RoiSize>>& large) {
   SCOPED_TRACE(member.name);
   int spec = -1, buffer = -1;
-  uint8_t mask[4] = {}, object[4096] = {};
-  auto* target = reinterpret_cast<Spec*>(object);
-  EXPECT_EQ(member.getSize({}, {0, 0}, nullptr, &buffer), ErrNullPtr);
-  EXPECT_EQ(member.getSize({}, {0, 0}, &spec, nullptr), ErrNullPtr);
-  EXPECT_EQ(member.init({}, nullptr, {0, 0}, target, object), ErrNullPtr);
-  EXPECT_EQ(member.init({}, mask, {0, 0}, nullptr, object), ErrNullPtr);
-  EXPECT_EQ(member.init({}, mask, {0, 0}, target, nullptr), ErrNullPtr);
-  for (size_t i = 0; i < bad.size(); ++i) {
-    EXPECT_EQ(member.getSize(bad[i].first, bad[i].second, &spec, &buffer), ErrSize) << i;
-    EXPECT_EQ(member.init(bad[i].first, mask, bad[i].second, target, object), ErrSize) << i;
+  for (const auto& [extent, mask] : large) {
+    EXPECT_EQ(member.getSize(extent, mask, &spec, &buffer), ErrSize) << mask.width << "x" << mask.height;
+    uint8_t memory = 0;
+    EXPECT_EQ(member.init(extent, &memory, mask, reinterpret_cast<Spec*>(&memory), &memory), ErrSize);
   }
   EXPECT_EQ(std::pair(spec, buffer), std::pair(-1, -1));
-  EXPECT_EQ(std::count(object, object + sizeof object, 0), std::ptrdiff_t{sizeof object});
-}
-
-// Checks of a filter whose object was made for 8 pixels: filter(src, step, dst, step, roi, border, pointers...).
-template <class T, class Filter, class... Pointers>
-void expectFilterChecks(const std::string& name, const Filter& filter, Status wrongBorder,
-                        const std::vector<BorderType>& wrong, Pointers... pointers) {
-  const int channels = channelsOf(name);
-  const Image<T> src(8 * channels, 4), dst(8 * channels, 4), wide(9 * channels, 4);
-  const auto before = dst.bytes(), wideBefore = wide.bytes();
-  const auto call = [&](const T* s, int sStep, T* d, int dStep, RoiSize roi, Pointers... p) {
-    return filter(s, sStep, d, dStep, roi, roi.width < 1 || roi.height < 1 ? BorderWrap : BorderReplicate, p...);
-  };
-  expectStandardChecks(callOf(name, call, operandOf(src), operandOf(dst), RoiSize{8, 4}, pointers...));
-  const auto onWide = [&](BorderType border) {
-    return filter(wide.data(), wide.step(), wide.data(), wide.step(), {9, 4}, border, pointers...);
-  };
-  for (const BorderType border : wrong) EXPECT_EQ(onWide(border), wrongBorder) << border;
-  EXPECT_EQ(onWide(BorderReplicate), ErrSize) << "wider than at initialisation";
-  EXPECT_EQ(dst.bytes(), before);
-  EXPECT_EQ(wide.bytes(), wideBefore);
-}
-
-template <class T, class Spec, class Extent>
-void expectMemberChecks(const MorphMember<T, Spec, Extent>& member, std::type_identity_t<Extent> extent) {
-  SCOPED_TRACE(member.name);
-  const MorphWork work(member, extent, full(3, 3));
-  const auto bufferBefore = work.bufferBytes();
-  for (const auto& filter : member.operations)
-    expectFilterChecks<T>(member.name, filter, ErrBorderType, {0, 2, 3, 4, 5, 7, 15, 0xf0, 0x10, -1}, work.spec(),
-                          work.buffer());
-  EXPECT_EQ(work.bufferBytes(), bufferBefore);
 }
 
 // Images of bits: any number of them in front of the region's first.
@@ -365,41 +326,6 @@ void expectBits(const BitCase& c, int reach, Operation operation, const MorphWor
           << " border " << c.border << " offsets " << c.srcOffset << " " << c.dstOffset << " pixel " << x << ", " << y;
     }
   }
-}
-
-template <class Spec>
-struct BitArguments {
-  const uint8_t* src;
-  int srcStep, srcBit;
-  uint8_t* dst;
-  int dstStep, dstBit;
-  RoiSize roi;
-  BorderType border;
-  const Spec* spec;
-  uint8_t* buffer;
-};
-
-// Checks of an operation on bits whose object was made for 17 pixels.
-template <class Operation, class Spec>
-void expectBitChecks(Operation operation, const MorphWork<Spec>& work, bool widthBeforeInPlace) {
-  using A = BitArguments<Spec>;
-  const uint8_t src[16] = {};
-  uint8_t dst[16] = {};
-  std::vector<Fault<A>> faults = {
-      {ErrSize, {set(&A::roi, {18, 1})}},
-      {ErrInPlaceNotSupported, {set(&A::src, dst)}},
-      {ErrBorderType, {set(&A::border, 0xf0)}},
-      {ErrStep, {set(&A::srcStep, 2), set(&A::dstStep, 2)}},
-      {ErrSize, {set(&A::srcBit, -1), set(&A::dstBit, -1), set(&A::roi, {0, 1}), set(&A::roi, {1, 0})}},
-      {ErrNullPtr, {set(&A::src, nullptr), set(&A::dst, nullptr), set(&A::spec, nullptr), set(&A::buffer, nullptr)}},
-  };
-  if (widthBeforeInPlace) std::swap(faults[0], faults[1]);
-  const auto call = [&](const A& a) {
-    return operation(a.src, a.srcStep, a.srcBit, a.dst, a.dstStep, a.dstBit, a.roi, a.border, 0, a.spec, a.buffer);
-  };
-  const A valid{src, 3, 0, dst, 3, 0, {17, 1}, BorderReplicate, work.spec(), work.buffer()};
-  expectFaultsInOrder(valid, call, faults);
-  EXPECT_EQ(std::count(dst, dst + 16, 0), 16);
 }
 
 // Calls f with every member of one element per channel.
