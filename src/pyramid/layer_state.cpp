@@ -99,17 +99,6 @@ Status initAlloc(int widthAbove, PyramidLayerState** result, RoiSize base, float
   return makeState(result, settings, kernel);
 }
 
-// States of the reduction need an image wider than the kernel.
-template <class T, int channels>
-Status initDown(PyramidLayerState** result, RoiSize base, float rate, const Tap<T>* taps, int tapCount, int mode) {
-  return initAlloc<T, channels>(tapCount, result, base, rate, {taps, tapCount}, mode);
-}
-
-template <class T, int channels>
-Status initUp(PyramidLayerState** result, RoiSize base, float rate, const Tap<T>* taps, int tapCount, int mode) {
-  return initAlloc<T, channels>(0, result, base, rate, {taps, tapCount}, mode);
-}
-
 }  // namespace
 }  // namespace zvp::pyramid
 
@@ -131,24 +120,25 @@ PyramidLayerState* PyramidLayerState::place(zvp::Carver& memory) {
   return state;
 }
 
-#define ZVP_LAYER_INIT(NAME, INIT, T, CHANNELS, TAP)                                                             \
+// Images must be wider than WIDTH: those to reduce, than the kernel.
+#define ZVP_LAYER_INIT(NAME, WIDTH, T, CHANNELS, TAP)                                                            \
   Status NAME(PyramidLayerState** ppState, RoiSize roi, float rate, const TAP* pKernel, int kerSize, int mode) { \
-    return zvp::pyramid::INIT<T, CHANNELS>(ppState, roi, rate, pKernel, kerSize, mode);                          \
+    return zvp::pyramid::initAlloc<T, CHANNELS>(WIDTH, ppState, roi, rate, {pKernel, kerSize}, mode);            \
   }
 
-ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_8u_C1R, initDown, uint8_t, 1, int16_t)
-ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_8u_C3R, initDown, uint8_t, 3, int16_t)
-ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_16u_C1R, initDown, uint16_t, 1, int16_t)
-ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_16u_C3R, initDown, uint16_t, 3, int16_t)
-ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_32f_C1R, initDown, float, 1, float)
-ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_32f_C3R, initDown, float, 3, float)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_8u_C1R, kerSize, uint8_t, 1, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_8u_C3R, kerSize, uint8_t, 3, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_16u_C1R, kerSize, uint16_t, 1, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_16u_C3R, kerSize, uint16_t, 3, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_32f_C1R, kerSize, float, 1, float)
+ZVP_LAYER_INIT(zvpiPyramidLayerDownInitAlloc_32f_C3R, kerSize, float, 3, float)
 
-ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_8u_C1R, initUp, uint8_t, 1, int16_t)
-ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_8u_C3R, initUp, uint8_t, 3, int16_t)
-ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_16u_C1R, initUp, uint16_t, 1, int16_t)
-ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_16u_C3R, initUp, uint16_t, 3, int16_t)
-ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_32f_C1R, initUp, float, 1, float)
-ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_32f_C3R, initUp, float, 3, float)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_8u_C1R, 0, uint8_t, 1, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_8u_C3R, 0, uint8_t, 3, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_16u_C1R, 0, uint16_t, 1, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_16u_C3R, 0, uint16_t, 3, int16_t)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_32f_C1R, 0, float, 1, float)
+ZVP_LAYER_INIT(zvpiPyramidLayerUpInitAlloc_32f_C3R, 0, float, 3, float)
 
 Status zvpiPyramidLayerDownFree_8u_C1R(PyramidLayerState* pState) { return zvp::release(pState); }
 Status zvpiPyramidLayerDownFree_8u_C3R(PyramidLayerState* pState) { return zvp::release(pState); }
