@@ -142,7 +142,8 @@ void Operand::allocate(Draw& in, bool isFinite, std::size_t alignment) {
   lead_ += shift;
   size_ += shift;
   block_ = exactBlock(size_, atEnd);
-  const Element element = in.isWild() ? Element{1, false} : element_;
+  const bool isBytes = in.isWild() || element_.size > sizeof(std::uint64_t);  // records, too
+  const Element element = isBytes ? Element{1, false} : element_;
   Contents(in, element, isFinite).fill(block_.start.get() + lead_ % element.size, size_ - lead_ % element.size);
 }
 
