@@ -1,5 +1,4 @@
 // Opening, closing, top-hat, black-hat and gradient against two plain steps; sizes, specifications, checks.
-#include "support/allocator.h"
 #include "support/morphology.h"
 
 namespace zvp::test {

@@ -1,5 +1,4 @@
 // Erosion and dilation against the plain model: every mask, border, width, placement; in place; the older family.
-#include "support/allocator.h"
 #include "support/morphology.h"
 
 namespace zvp::test {

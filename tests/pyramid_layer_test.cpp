@@ -1,7 +1,6 @@
 // Layers: states, reduction and expansion against plain filters, hand-computed examples, checks, failed allocations.
 #include <sys/mman.h>
 
-#include "support/allocator.h"
 #include "support/filter.h"
 #include "support/pyramid.h"
 
@@ -28,7 +27,7 @@ struct Direction {
         zvpiPyramidLayer##DOWN_OR_UP##Free_##NAME, isDown                                  \
   }
 constexpr Direction<uint8_t> kDown8u = DIRECTION(Down, 8u_C1R, true), kUp8u = DIRECTION(Up, 8u_C1R, false);
-constexpr Direction<float> kDown32f = DIRECTION(Down, 32f_C1R, true), kDown32fC3 = DIRECTION(Down, 32f_C3R, true);
+constexpr Direction<float> kDown32f = DIRECTION(Down, 32f_C1R, true);
 
 template <class T>
 struct Member {

@@ -2,7 +2,6 @@
 #include <array>
 #include <cmath>
 
-#include "support/allocator.h"
 #include "support/pyramid.h"
 
 namespace zvp::test {

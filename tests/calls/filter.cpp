@@ -54,7 +54,7 @@ void columns(Call& c) {
   if (taps > 100 || size.width > 1000 || size.height > 100) return;  // no memory holds so many taps or rows
   const double width = double(size.width) * c.channels();
   c.isFinite = true;
-  c.rows(size.height + taps - 1, width);
+  c.rows(double(size.height) + taps - 1, width);
   c.image(region(width, size.height), c.is("_Low_16s_C3R") ? size.width : width);
   giveKernel(c, size, taps);
   if (!c.is("32f")) giveDivisor(c);

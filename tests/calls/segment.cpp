@@ -9,7 +9,7 @@ namespace {
 void bufferSize(Call& c) {
   c.give(c.in.size(), kSize);
   c.give(c.in.pick({DataType8u, DataType16u, DataType16s, DataType32f}));
-  c.rejects({DataType8s, 0, 11, -1}, ErrDataType);
+  c.rejects({DataType8s, 0, 2, 6, 9, 11, 14, -1}, ErrDataType);
   c.number(1, 1, ErrNumChannels);
   c.scalar();
 }
