@@ -5,37 +5,17 @@
 
 #include <vector>
 
+#include "support/border.h"
+
 namespace zvp::test {
 namespace {
-
-// Written as a walk: one step of the rule at a time until inside.
-int64_t walked(int64_t x, int64_t extent, BorderType mode) {
-  while (x < 0 || x >= extent) {
-    switch (mode) {
-      case BorderReplicate:
-        return x < 0 ? 0 : extent - 1;
-      case BorderWrap:
-        x += x < 0 ? extent : -extent;
-        break;
-      case BorderReflect:
-        if (extent == 1) return 0;
-        x = x < 0 ? -x : 2 * (extent - 1) - x;
-        break;
-      case BorderReflectEdge:
-        x = x < 0 ? -1 - x : 2 * extent - 1 - x;
-        break;
-      default:
-        return kNoSource;
-    }
-  }
-  return x;
-}
 
 TEST(Border, EveryModeEqualsItsRuleStepByStep) {
   for (const BorderType mode : {BorderConstant, BorderReplicate, BorderWrap, BorderReflect, BorderReflectEdge})
     for (int64_t extent = 1; extent <= 7; ++extent)
       for (int64_t x = -40; x <= 40; ++x)
-        ASSERT_EQ(modeCoordinate(x, extent, mode), walked(x, extent, mode)) << mode << ": " << x << " of " << extent;
+        ASSERT_EQ(modeCoordinate(x, extent, mode), walkedInside(x, extent, mode))
+            << mode << ": " << x << " of " << extent;
 }
 
 TEST(Border, HandComputedCoordinates) {

@@ -212,6 +212,50 @@ ZVP_API Status zvpiFilterScharrVertBorder_32f_C1R(const float* pSrc, int srcStep
 ZVP_API Status zvpiFilterScharrHorizBorderGetBufferSize_32f_C1R(RoiSize roiSize, int* pBufferSize);
 ZVP_API Status zvpiFilterScharrVertBorderGetBufferSize_32f_C1R(RoiSize roiSize, int* pBufferSize);
 
+/* Sobel derivative along x (I. Sobel, G. Feldman, A 3x3 Isotropic Gradient Operator for Image Processing, 1968; 5x5: its
+ * extension by binomial smoothing) of an image of w = roiSize.width by h = roiSize.height pixels. It grows with the
+ * pixels: a ramp that rises by one from pixel to pixel has the derivative 8 (3x3) or 128 (5x5).
+ *
+ * pSrc          read: h rows of w pixels, srcStep bytes apart; on sides that are in memory also 1 (3x3) or 2 (5x5)
+ *               pixels beside the region, corners included
+ * pDst          written: h rows of w pixels, dstStep bytes apart; not pSrc
+ * maskSize      33 (3x3) or 55 (5x5)
+ * borderType    a mode BorderConstant to BorderReflectEdge, with or without flags for sides that are in memory, or
+ *               BorderInMemory. Each axis resolves alone; a pixel for which either gives the constant is the constant
+ * borderValue   the pixel of BorderConstant
+ * pBuffer       written: work memory of the size that the query gives; it serves every region at most as wide
+ *
+ * With s the source and its border, the exact sum, which always fits:
+ *   3x3   m(x + 1) - m(x - 1)                                   where m(x) = s(x, y - 1) + 2 s(x, y) + s(x, y + 1)
+ *   5x5   m(x + 2) - m(x - 2) + 2 (m(x + 1) - m(x - 1))         where m(x) is the sum of 1 4 6 4 1 times s(x, y - 2) to
+ *                                                               s(x, y + 2)
+ * Source, destination and buffer must not overlap.
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr              pSrc, pDst or pBuffer is null
+ *   ErrSize                 width or height < 1
+ *   ErrStep                 srcStep < w or dstStep < 2 w
+ *   ErrStepNotMultiple      dstStep is not a multiple of 2
+ *   ErrMaskSize             maskSize is neither 33 nor 55
+ *   ErrBadArg               the mode is none of the above; or one of the bits 0xfff0 is set but no flag
+ *   ErrInPlaceNotSupported  pSrc and pDst are equal
+ *   StatusOk */
+ZVP_API Status zvpiFilterSobelHorizBorder_8u16s_C1R(const uint8_t* pSrc, int srcStep, int16_t* pDst, int dstStep,
+                                                    RoiSize roiSize, int maskSize, BorderType borderType,
+                                                    uint8_t borderValue, uint8_t* pBuffer);
+
+/* Bytes of work memory that the filter of the same name needs, at most 32 (w + 64). It may start at any address.
+ *
+ * pBufferSize   written: the number of bytes
+ *
+ * Status, in the order of the checks:
+ *   ErrNullPtr   pBufferSize is null
+ *   ErrSize      width or height < 1
+ *   ErrMaskSize  maskSize is neither 33 nor 55
+ *   ErrSize      the size does not fit 31 bits
+ *   StatusOk */
+ZVP_API Status zvpiFilterSobelHorizBorderGetBufferSize_8u16s_C1R(RoiSize roiSize, int maskSize, int* pBufferSize);
+
 #ifdef __cplusplus
 }
 #endif

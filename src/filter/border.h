@@ -15,6 +15,14 @@ inline constexpr BorderType kBorderSideFlags =
 
 constexpr BorderType borderMode(BorderType type) { return type & kBorderModeBits; }
 
+// What the filters accept: a mode, with or without flags. Other bits may stand beside flags only.
+constexpr bool isFilterBorder(BorderType type) {
+  constexpr BorderType kBitsBesideMode = 0xfff0;
+  const BorderType mode = borderMode(type);
+  const bool knownMode = (mode >= BorderConstant && mode <= BorderReflectEdge) || mode == BorderInMemory;
+  return knownMode && ((type & kBitsBesideMode) == 0 || (type & kBorderSideFlags) != 0);
+}
+
 // The border along one axis: sides in memory are read, the others follow the mode.
 struct AxisBorder {
   BorderType mode;

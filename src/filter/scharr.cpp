@@ -8,19 +8,12 @@
 namespace zvp::filter {
 namespace {
 
-constexpr bool scharrAccepts(BorderType type) {
-  constexpr BorderType kAllFlags = 0xfff0;
-  const BorderType mode = borderMode(type);
-  const bool knownMode = (mode >= BorderConstant && mode <= BorderReflectEdge) || mode == BorderInMemory;
-  return knownMode && ((type & kAllFlags) == 0 || (type & kBorderSideFlags) != 0);
-}
-
 constexpr float kUnscaled = 1.0f;
 
 template <Derivative kind>
 Status scharr(Rows<const float> src, Rows<float> dst, RoiSize roi, BorderType type, float value, uint8_t* buffer) {
   if (Status s = firstFailure(nonNull(src, dst, buffer), nonEmpty(roi), rowsFit(roi.width, src, dst),
-                              wholeElements(src, dst), check(scharrAccepts(type), ErrBadArg)))
+                              wholeElements(src, dst), check(isFilterBorder(type), ErrBadArg)))
     return s;
   const AxisBorder across = horizontalBorder(type), down = verticalBorder(type);
   auto* constant = reinterpret_cast<float*>(buffer);
