@@ -3,6 +3,7 @@
 #include "cases.h"
 #include "plain_filter.h"
 #include "plain_scharr.h"
+#include "plain_window.h"
 
 namespace bench::ZVP_LOOPS {
 namespace {
@@ -111,6 +112,28 @@ Work scharr(decltype(zvpiFilterScharrHorizBorder_32f_C1R)* function, RoiSize siz
       [=](const auto& dst) { plain::scharr<axis>(src, dst, 1); });
 }
 
+template <std::size_t taps>
+Work sobel(decltype(zvpiFilterSobelHorizBorder_8u16s_C1R)* function, RoiSize size, const std::array<int, taps>& smooth,
+           const std::array<int, taps>& derive) {
+  constexpr int kMaskSize = 11 * int{taps};
+  const auto src = randomImage<std::uint8_t>(size.width, size.height, 1);
+  int bytes = 0;
+  zvpiFilterSobelHorizBorderGetBufferSize_8u16s_C1R(size, kMaskSize, &bytes);
+  const Image<std::uint8_t> buffer(bytes, 1);
+  return fills<std::int16_t>(
+      size.width, size.height, src.bytes(),
+      [=](const auto& dst) {
+        function(src.data(), src.step, dst.data(), dst.step, size, kMaskSize, BorderReplicate, 0, buffer.data());
+      },
+      [=](const auto& dst) { plain::separable<taps>(src, dst, smooth, derive); });
+}
+Work sobel3x3(decltype(zvpiFilterSobelHorizBorder_8u16s_C1R)* function, RoiSize size) {
+  return sobel<3>(function, size, {1, 2, 1}, {-1, 0, 1});
+}
+Work sobel5x5(decltype(zvpiFilterSobelHorizBorder_8u16s_C1R)* function, RoiSize size) {
+  return sobel<5>(function, size, {1, 4, 6, 4, 1}, {-1, -2, 0, 2, 1});
+}
+
 // The members come with a query of the same name.
 #define ZVP_FILTER_CASE(make, family, suffix, channels, taps, rule)                                                \
   Case {                                                                                                           \
@@ -157,6 +180,8 @@ std::vector<Case> filterCases() {
       ZVP_COLUMNS(32f_C3R, 3, Float),
       ZVP_CASE(scharr<plain::kAlongX>, zvpiFilterScharrHorizBorder_32f_C1R),
       ZVP_CASE(scharr<plain::kAlongY>, zvpiFilterScharrVertBorder_32f_C1R),
+      ZVP_CASE_OF(sobel3x3, zvpiFilterSobelHorizBorder_8u16s_C1R, ", 3x3"),
+      ZVP_CASE_OF(sobel5x5, zvpiFilterSobelHorizBorder_8u16s_C1R, ", 5x5"),
   };
 }
 
