@@ -27,7 +27,8 @@ typedef struct HaarClassifier HaarClassifier;
  * pWeight      [sum of pNum] the weight of each rectangle
  * pThreshold, pVal1, pVal2
  *              [length] a classifier adds pVal1 to the stage's sum where norm x threshold > its weighted sum, else
- * pVal2 length       weak classifiers, >= 0
+ *              pVal2
+ * length       weak classifiers, >= 0
  *
  * The object keeps its classifiers in this order: all with two rectangles, then all with three, then all others, each
  * in input order; sums are formed in that order. 32f objects are for the Apply functions that end in 32f, 32s objects
@@ -42,7 +43,9 @@ typedef struct HaarClassifier HaarClassifier;
  *   ErrSize      an entry of pNum < 1
  *   ErrNoMemory  the object would need more than 2^31 - 1 bytes (48 + 24 x length + 36 x rectangles)
  *   ErrBadArg    a rectangle with x < 0, y < 0, width < 1 or height < 1, or whose x + width or y + height (tilted
- * forms: y + width + height) exceeds 2^31 - 1 ErrNoMemory  the allocation failed StatusOk */
+ *                forms: y + width + height) exceeds 2^31 - 1
+ *   ErrNoMemory  the allocation failed
+ *   StatusOk */
 ZVP_API Status zvpiHaarClassifierInitAlloc_32f(HaarClassifier** pState, const Rect* pFeature, const float* pWeight,
                                                const float* pThreshold, const float* pVal1, const float* pVal2,
                                                const int* pNum, int length);
@@ -87,8 +90,8 @@ ZVP_API Status zvpiTiltHaarFeatures_32s(const uint8_t* pMask, int flag, HaarClas
 /* Evaluates one stage at every position whose mask byte is non-zero.
  *
  * pSrc       read: the integral image, srcStep bytes apart. Position (i, j) reads, for each corner (column, row) of
- * each rectangle, the entry (i + row, j + column); nothing is read for positions whose mask byte is 0, apart from
- *            entries between two that selected positions of the same row read
+ *            each rectangle, the entry (i + row, j + column); nothing is read for positions whose mask byte is 0, apart
+ *            from entries between two that selected positions of the same row read
  * pNorm      read: roiSize, the standard deviation at each position, normStep bytes apart
  * pMask      read and written: roiSize, maskStep bytes apart; cleared where the stage rejects, else left as it is
  * pPositive  written: how many positions remain

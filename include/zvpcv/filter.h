@@ -17,7 +17,7 @@
  *     (arithmetically) and saturated, or, if the divisor is 1, as it is.
  *   - Unsaturated outputs: the low 16 bits of (sum of products x r) >> 14.
  * Arithmetic of the 32f members: the sum of products in single precision, tap 0 first, each product rounded before it
- * is added, starting with the first product. Which bits a NaN carries is not defined.
+ * is added, starting with the first product.
  *
  * Sources, outputs and buffers must not overlap. Nothing here allocates memory. */
 #ifndef ZVPCV_FILTER_H
@@ -185,7 +185,6 @@ ZVP_API Status zvpiFilterColumnPipelineGetBufferSize_32f_C3R(RoiSize roiSize, in
  * whole numbers up to 2^19:
  *   Horiz  (3 dx(y - 1) + 10 dx(y)) + 3 dx(y + 1)    where dx(j) = s(x + 1, j) - s(x - 1, j)
  *   Vert   (3 dy(x - 1) + 10 dy(x)) + 3 dy(x + 1)    where dy(i) = s(i, y + 1) - s(i, y - 1)
- * Which bits a NaN carries is not defined.
  *
  * Status, in the order of the checks:
  *   ErrNullPtr          pSrc, pDst or pBuffer is null

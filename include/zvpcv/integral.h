@@ -26,7 +26,7 @@ extern "C" {
  * 8u source keeps the row sum as a signed 32-bit integer, which wraps beyond 2^31 - 1 (rows longer than 8421504 pixels
  * can reach that), converts it to single precision and adds the entry above in single precision; 64f tables keep the
  * row sum exact and add the entry above in double precision; zvpiIntegral_32f_C1R adds pixel by pixel, left to right,
- * in single precision (which bits a NaN carries is not defined).
+ * in single precision.
  *
  * Status, in the order of the checks:
  *   ErrNullPtr          a pointer is null

@@ -27,7 +27,7 @@ extern "C" {
  * 8u, 8s: floor((sum + 128) / 256) of the exact sum. 32f, in single precision: first the sums of the rows
  * (((p0 + 4 p1) + 6 p2) + 4 p3) + p4, p0 being the leftmost pixel; then the same of five such sums r0 to r4, r0 being
  * the uppermost, x 0.00390625. A row of at most two pixels has the sum (p0 + p1) x 8, and a column of at most two
- * (r0 + r1) x 0.03125, where the one pixel stands for both. Which bits a NaN carries is not defined.
+ * (r0 + r1) x 0.03125, where the one pixel stands for both.
  *
  * Status, in the order of the checks:
  *   ErrNullPtr          pSrc, pDst or pBuffer is null
@@ -60,7 +60,7 @@ ZVP_API Status zvpiPyrDown_Gauss5x5_32f_C3R(const float* pSrc, int srcStep, floa
  *
  * 8u, 8s: floor((sum + 32) / 64) of the exact sum. 32f, in single precision: first the sums of the rows, (p0 + 6 p1)
  * + p2 and 4 p1 + 4 p2 from left to right; then the same of such sums from top to bottom, x 0.015625. Along an axis of
- * one pixel both results use 4 p + 4 p. Which bits a NaN carries is not defined.
+ * one pixel both results use 4 p + 4 p.
  *
  * Status, in the order of the checks:
  *   ErrNullPtr          pSrc, pDst or pBuffer is null
@@ -189,7 +189,7 @@ ZVP_API Status zvpiPyramidLayerUpInitAlloc_32f_C3R(PyramidLayerState** ppState, 
  * the kernel. Column x of the result lies at p = rate x x: with i = trunc(p) and t = p - i it is
  * t x F[i + 1] + (1 - t) x F[i], or F[i] where the source ends with i. Rows are sampled along x, then across y by the
  * same rule. If 1.99998 < rate < 2.00002, column x is F[2 x] and row y is F[2 y] instead, or the last one beyond the
- * end. 8u, 16u: rounded to nearest, ties to even, and saturated. Which bits a NaN carries is not defined.
+ * end. 8u, 16u: rounded to nearest, ties to even, and saturated.
  *
  * Status, in the order of the checks:
  *   ErrNullPtr          pSrc, pDst or pState is null

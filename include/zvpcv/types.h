@@ -14,6 +14,11 @@
  *
  * Any function may run on any number of threads at once, provided that no two of them write the same memory.
  *
+ * Results are the same bits in every build, with two exceptions, both of 32f pixels that are NaNs:
+ *   - Where a result is a NaN, its sign and payload may differ between builds, but for absolute differences and
+ *     accumulation (arithmetic.h), which define every bit.
+ *   - In morphology a NaN among the pixels under the mask makes the result any of those pixels.
+ *
  * Results are those of the default floating-point environment: rounding to nearest, subnormal numbers kept. The library
  * neither looks at the environment nor changes it. Where a caller has set another rounding mode, flush-to-zero or
  * denormals-are-zero (in MXCSR), floating-point operations follow that, with the results that this leads to; still no
