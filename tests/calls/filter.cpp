@@ -63,13 +63,30 @@ void columns(Call& c) {
   c.rejects({nullptr}, ErrNullPtr, kStep + 5);
 }
 
-void scharr(Call& c) {
+// 3x3 and 5x5 windows; the members without this argument have 3x3.
+int someMask(Call& c) { return c.in.wildly(16) ? c.in.number(-60, 60) : c.in.oneIn(2) ? 33 : 55; }
+void giveMask(Call& c, int mask) {
+  c.give(mask);
+  c.rejects({0, 3, 34, 44, 77, -33}, ErrMaskSize);
+}
+
+void windowQuery(Call& c) {
+  c.give(c.in.size(), kSize);
+  giveMask(c, someMask(c));
+  c.scalar();
+}
+
+void window(Call& c) {
   const RoiSize size = c.in.size();
+  const bool hasMask = !c.is("Scharr");
+  const int mask = hasMask ? someMask(c) : 33;
   const BorderType mode = c.in.number(BorderConstant, c.in.isWild() ? 6 : BorderReflectEdge);
   const BorderType border = c.in.oneIn(2)   ? mode
                             : c.in.oneIn(4) ? BorderInMemory
                                             : mode | int(c.in.integer(0, 15)) << 4;
-  const auto inMemory = [&](int flag) { return (border & 15) == BorderInMemory || (border & flag) != 0 ? 1.0 : 0.0; };
+  const auto inMemory = [&](int flag) {
+    return (border & 15) == BorderInMemory || (border & flag) != 0 ? mask / 22 : 0.0;
+  };
   const double left = inMemory(BorderLeftInMemory), top = inMemory(BorderTopInMemory);
   Spans spans;
   if (size.width > 0 && size.height > 0)
@@ -78,11 +95,14 @@ void scharr(Call& c) {
   c.isFinite = true;
   c.image(spans, size.width);
   c.image(size);
+  if (hasMask) c.rejects({c.argument(2)}, ErrInPlaceNotSupported, kLater + 50, 0);
   c.give(size, kSize);
+  if (hasMask) giveMask(c, mask);
   c.give(border);
   c.rejects({5, 7, 15, -1, 0x15, 0x100, 0x8001, 0xf01}, ErrBadArg);
   c.value();
-  c.scratch(c.bytesFrom(bufferSizeOf(c, c.is("Horiz") ? "FilterScharrHorizBorder" : "FilterScharrVertBorder"), {size}));
+  const std::string query = std::string(c.name().substr(0, c.name().find('_'))) + "GetBufferSize" + c.suffix();
+  c.scratch(hasMask ? c.bytesFrom(query, {size, mask}) : c.bytesFrom(query, {size}));
 }
 
 const Export kExports[] = {
@@ -123,9 +143,11 @@ const Export kExports[] = {
     ZVP_EXPORT(rows, zvpiFilterRowBorderPipeline_Low_16s_C1R),
     ZVP_EXPORT(rows, zvpiFilterRowBorderPipeline_Low_16s_C3R),
     ZVP_EXPORT(query, zvpiFilterScharrHorizBorderGetBufferSize_32f_C1R),
-    ZVP_EXPORT(scharr, zvpiFilterScharrHorizBorder_32f_C1R),
+    ZVP_EXPORT(window, zvpiFilterScharrHorizBorder_32f_C1R),
     ZVP_EXPORT(query, zvpiFilterScharrVertBorderGetBufferSize_32f_C1R),
-    ZVP_EXPORT(scharr, zvpiFilterScharrVertBorder_32f_C1R),
+    ZVP_EXPORT(window, zvpiFilterScharrVertBorder_32f_C1R),
+    ZVP_EXPORT(windowQuery, zvpiFilterSobelHorizBorderGetBufferSize_8u16s_C1R),
+    ZVP_EXPORT(window, zvpiFilterSobelHorizBorder_8u16s_C1R),
 };
 
 }  // namespace
