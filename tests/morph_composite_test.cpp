@@ -1,4 +1,4 @@
-// Opening, closing, top-hat, black-hat and gradient against two plain steps; sizes, specifications, checks.
+// Opening, closing, top-hat, black-hat and gradient against two plain steps; sizes, prepared masks, checks.
 #include "support/morphology.h"
 
 namespace zvp::test {

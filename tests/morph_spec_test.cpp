@@ -1,4 +1,4 @@
-// Specifications word by word, sizes by hand, and the 1u members.
+// Prepared masks word by word, sizes by hand, and the 1u members.
 #include "support/morphology.h"
 
 namespace zvp::test {

@@ -5,7 +5,7 @@
  * minimum (maximum), channel by channel, of the source pixels (x + i - anchorX, y + j - anchorY) over all members
  * (i, j). A mask without members copies the source. The result of pixels that compare equal, the two zeros of 32f, is
  * the one of the last member in row-major order. 32f: NaN among the pixels under the mask makes the result any of
- * them.
+ * them; types.h says what that means for results of different builds.
  *
  * The algorithm is that of running extrema: windows double their length, and windows that share rows share their
  * extremum (M. van Herk, A fast algorithm for local minimum and maximum filters on rectangular and octagonal kernels,
@@ -24,9 +24,10 @@
  *
  * Source and destination may be the same pointer with equal steps, but for 1u; any other overlap is not allowed.
  *
- * Objects and work buffers lie in the caller's memory, at any address (specifications for 16u and 16s at multiples of
- * 4). Filters read the specification and write the destination and the work buffer only. On 64-bit builds an object
- * may be copied byte by byte; on 32-bit builds it holds addresses and must stay where it was initialised. */
+ * A prepared mask is an object that holds a copy of the mask and what the filters need to know of it: MorphBorderSpec,
+ * MorphState, MorphAdvSpec. Prepared masks and work buffers lie in the caller's memory, at any address. Filters read
+ * the prepared mask and write the destination and the work buffer only. On 64-bit builds a prepared mask may be copied
+ * byte by byte; on 32-bit builds it holds addresses and must stay where it was initialised. */
 #ifndef ZVPCV_MORPHOLOGY_H
 #define ZVPCV_MORPHOLOGY_H
 
@@ -36,7 +37,7 @@
 extern "C" {
 #endif
 
-/* A structuring element prepared for regions up to a width. Eighteen 32-bit words: the places of the mask copy, the
+/* A mask prepared for regions up to a width. Eighteen 32-bit words: the places of the mask copy, the
  * selectors for dilation and for erosion, the decomposition tables and their record (0: none); maskWidth, maskHeight,
  * anchorX, anchorY, maskWidth - anchorX - 1, maskHeight - anchorY - 1; the length of a row with borders, the bytes of
  * rows with borders; DataType code, channels, the largest width; -1; the mode of the mask (0 general, 1 rectangle, 2 a
@@ -51,7 +52,7 @@ typedef struct MorphState MorphState;
  *
  * roiWidth     width of the widest region, >= 1
  * maskSize     >= 1 x 1
- * pSpecSize    written: bytes of the specification: 1u 3 A + 80; 16u, 16s 33 A + 16 H + 128; others the same plus the
+ * pSpecSize    written: bytes of the prepared mask: 1u 3 A + 80; 16u, 16s 33 A + 16 H + 128; others the same plus the
  *              work buffer
  * pBufferSize  written: bytes of the work buffer: max(R, G) + round16(24 H) + A + round16(16 H + 48), where
  *              G = (H x H + 1) x (W x channels x element size + 32) + 20 H + 36 (1u: element size 1) and R is
@@ -72,7 +73,7 @@ ZVP_API Status zvpiMorphologyBorderGetSize_32f_C1R(int roiWidth, RoiSize maskSiz
 ZVP_API Status zvpiMorphologyBorderGetSize_32f_C3R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
 ZVP_API Status zvpiMorphologyBorderGetSize_32f_C4R(int roiWidth, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
 
-/* Fills a specification. The anchor is the centre: ((maskSize.width - 1) >> 1, (maskSize.height - 1) >> 1).
+/* Prepares a mask. The anchor is the centre: ((maskSize.width - 1) >> 1, (maskSize.height - 1) >> 1).
  *
  * roiWidth  width of the widest region, >= 1
  * pMask     read: maskSize.width x maskSize.height bytes
@@ -122,7 +123,7 @@ ZVP_API Status zvpiMorphologyBorderInit_32f_C4R(int roiWidth, const uint8_t* pMa
  *   ErrBorderType           the low four bits of borderType are neither BorderReplicate nor BorderInMemory
  *   ErrInPlaceNotSupported  1u: pSrc is pDst
  *   ErrSize                 roiSize.width is larger than the roiWidth given at initialisation
- *   StatusOk                (nothing is written when the mode in the specification is not one of 0 to 3) */
+ *   StatusOk                (nothing is written when the mode in the prepared mask is not one of 0 to 3) */
 ZVP_API Status zvpiErodeBorder_1u_C1R(const uint8_t* pSrc, int srcStep, int srcBitOffset, uint8_t* pDst, int dstStep,
                                       int dstBitOffset, RoiSize roiSize, BorderType borderType, uint8_t borderValue,
                                       const MorphBorderSpec* pSpec, uint8_t* pBuffer);
@@ -178,7 +179,7 @@ ZVP_API Status zvpiDilateBorder_32f_C4R(const float* pSrc, int srcStep, float* p
                                         BorderType borderType, const float* borderValue, const MorphBorderSpec* pSpec,
                                         uint8_t* pBuffer);
 
-/* The size of a state: that of the specification of the same element type and channels.
+/* The size of a state: that of the MorphBorderSpec of the same element type and channels.
  *
  * pMask  not read, but must not be null
  * pSize  written: bytes of the state
@@ -299,7 +300,7 @@ ZVP_API Status zvpiDilateBorderReplicate_32f_C4R(const float* pSrc, int srcStep,
  * offset in the work buffer. The first MorphBorderSpec starts at byte 32, the second follows it. */
 typedef struct MorphAdvSpec MorphAdvSpec;
 
-/* Sizes, from S and B, the sizes of specification and work buffer of zvpiMorphologyBorderGetSize for roiSize.width.
+/* Sizes, from S and B, the sizes of prepared mask and work buffer of zvpiMorphologyBorderGetSize for roiSize.width.
  *
  * roiSize      the widest region, and the height for which the intermediate image has room; >= 1 x 1
  * maskSize     >= 1 x 1
@@ -323,7 +324,7 @@ ZVP_API Status zvpiMorphAdvGetSize_32f_C1R(RoiSize roiSize, RoiSize maskSize, in
 ZVP_API Status zvpiMorphAdvGetSize_32f_C3R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
 ZVP_API Status zvpiMorphAdvGetSize_32f_C4R(RoiSize roiSize, RoiSize maskSize, int* pSpecSize, int* pBufferSize);
 
-/* Fills a specification.
+/* Prepares a mask for composite operations.
  *
  * pMask    read: maskSize.width x maskSize.height bytes
  * pSpec    written: as many bytes as the size query says
@@ -354,10 +355,10 @@ ZVP_API Status zvpiMorphAdvInit_32f_C3R(RoiSize roiSize, const uint8_t* pMask, R
 ZVP_API Status zvpiMorphAdvInit_32f_C4R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize, MorphAdvSpec* pSpec,
                                         uint8_t* pBuffer);
 
-/* Allocates and fills a specification; the work buffer of the operations remains the caller's.
+/* The same in an object that the call allocates; the work buffer of the operations remains the caller's.
  *
  * pMask   read: maskSize.width x maskSize.height bytes
- * ppSpec  written: the new specification, for zvpiMorphAdvFree
+ * ppSpec  written: the new prepared mask, for zvpiMorphAdvFree
  *
  * Status, in the order of the checks:
  *   ErrNullPtr   a pointer is null
@@ -378,7 +379,7 @@ ZVP_API Status zvpiMorphAdvInitAlloc_32f_C3R(RoiSize roiSize, const uint8_t* pMa
 ZVP_API Status zvpiMorphAdvInitAlloc_32f_C4R(RoiSize roiSize, const uint8_t* pMask, RoiSize maskSize,
                                              MorphAdvSpec** ppSpec);
 
-/* Releases a specification made by zvpiMorphAdvInitAlloc.
+/* Releases a prepared mask made by zvpiMorphAdvInitAlloc.
  *
  * Status: ErrNullPtr for a null pointer, else StatusOk */
 ZVP_API Status zvpiMorphAdvFree(MorphAdvSpec* pSpec);
@@ -394,7 +395,7 @@ ZVP_API Status zvpiMorphAdvFree(MorphAdvSpec* pSpec);
  *   ErrSize                 roiSize.width is larger than the width given at initialisation
  *   ErrSize                 the intermediate image needs more than its capacity
  *   ErrInPlaceNotSupported  1u: pSrc is pDst
- *   StatusOk                (a step whose specification has a mode outside 0 to 3 writes nothing) */
+ *   StatusOk                (a step whose MorphBorderSpec has a mode outside 0 to 3 writes nothing) */
 
 ZVP_API Status zvpiMorphOpenBorder_1u_C1R(const uint8_t* pSrc, int srcStep, int srcBitOffset, uint8_t* pDst,
                                           int dstStep, int dstBitOffset, RoiSize roiSize, BorderType borderType,

@@ -2,28 +2,31 @@
 #pragma once
 
 #include "core/checks.h"
-#include "filter/border.h"
 #include "morph/filter.h"
 
-namespace zvp {
+namespace zvp::morph {
 
 constexpr Status acceptedBorder(BorderType type) {
   return check(borderMode(type) == BorderReplicate || borderMode(type) == BorderInMemory, ErrBorderType);
 }
 
-template <class T>
-Status checkImages(Rows<const T> src, Rows<T> dst, RoiSize roi, int channels) {
-  return firstFailure(nonEmpty(roi), rowsFit(int64_t{roi.width} * channels, src, dst), wholeElements(src, dst));
+// Null pointers, then images.
+template <class... Pointer>
+Status checkCall(Flavour flavour, Image<const uint8_t> src, Image<uint8_t> dst, RoiSize roi, Pointer*... pointers) {
+  const int64_t rowBytes = flavour.bits ? (int64_t{roi.width} + 7) >> 3 : int64_t{roi.width} * flavour.pixelBytes();
+  return firstFailure(
+      nonNull(src, dst, pointers...), nonEmpty(roi), check(src.bit >= 0 && dst.bit >= 0, ErrSize),
+      check(src.step >= rowBytes && dst.step >= rowBytes, ErrStep),
+      check(src.step % flavour.elementBytes == 0 && dst.step % flavour.elementBytes == 0, ErrStepNotMultiple));
 }
 
-inline Status checkImages(BitRows<const uint8_t> src, BitRows<uint8_t> dst, RoiSize roi) {
-  const int64_t rowBytes = (int64_t{roi.width} + 7) >> 3;
-  return firstFailure(check(roi.width >= 1 && roi.height >= 1 && src.bit >= 0 && dst.bit >= 0, ErrSize),
-                      check(src.step >= rowBytes && dst.step >= rowBytes, ErrStep));
+// Bits are not filtered in place.
+inline Status checkInPlace(Flavour flavour, Image<const uint8_t> src, Image<uint8_t> dst) {
+  return check(!flavour.bits || src.data != dst.data, ErrInPlaceNotSupported);
 }
 
 inline Status fitsWidth(RoiSize roi, const StructuringElement& element) {
   return check(roi.width <= element.maxRoiWidth, ErrSize);
 }
 
-}  // namespace zvp
+}  // namespace zvp::morph

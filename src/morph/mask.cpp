@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace zvp {
+namespace zvp::morph {
 
 MaskShape analyseMask(const uint8_t* mask, RoiSize size, Point anchor) {
   bool oneRunPerRow = true, sameRuns = true, coverAnchor = true;
@@ -34,4 +34,4 @@ MaskShape analyseMask(const uint8_t* mask, RoiSize size, Point anchor) {
   return {mode, firstRow, memberRows, left, right - left};
 }
 
-}  // namespace zvp
+}  // namespace zvp::morph

@@ -5,7 +5,7 @@
 
 #include "zvpcv/types.h"
 
-namespace zvp {
+namespace zvp::morph {
 
 // Calls f(row, first column, length) for every run of members, in row-major order, until f returns false.
 template <class F>
@@ -30,4 +30,4 @@ struct MaskShape {
 
 MaskShape analyseMask(const uint8_t* mask, RoiSize size, Point anchor);
 
-}  // namespace zvp
+}  // namespace zvp::morph

@@ -1,46 +1,55 @@
-// The sizes of morphology's objects and work buffers; they are part of the interface.
+// Sizes of prepared masks and of work buffers. The formulas are published; the names say what each term is room for,
+// which is more than the engine needs.
 #pragma once
 
-#include <stdint.h>
+#include <algorithm>
 
 #include "core/bytes.h"
-#include "zvpcv/types.h"
+#include "morph/flavour.h"
 
-namespace zvp {
+namespace zvp::morph {
 
-// What tells the members of a family apart.
-struct Flavour {
-  DataType type;
-  int elementBytes, channels;
-  bool bits;
+inline constexpr int kVectorBytes = 16;
+inline constexpr int kLine = 64, kHalfLine = kLine / 2;  // of the cache
 
-  constexpr int pixelBytes() const { return elementBytes * channels; }
-};
+constexpr Bytes roundToVector(Bytes n) { return roundUp(n, kVectorBytes); }
 
-template <class T, int channels>
-inline constexpr Flavour kFlavour = {};
-template <int channels>
-inline constexpr Flavour kFlavour<uint8_t, channels> = {DataType8u, 1, channels, false};
-template <int channels>
-inline constexpr Flavour kFlavour<uint16_t, channels> = {DataType16u, 2, channels, false};
-template <int channels>
-inline constexpr Flavour kFlavour<int16_t, channels> = {DataType16s, 2, channels, false};
-template <int channels>
-inline constexpr Flavour kFlavour<float, channels> = {DataType32f, 4, channels, false};
-inline constexpr Flavour kBits = {DataType8u, 1, 1, true};  // computed as bytes
-
-constexpr int64_t maskBytes(RoiSize mask) { return roundUp(int64_t{mask.width} * mask.height, 16); }
+constexpr Bytes maskBytes(RoiSize mask) { return roundToVector(Bytes(mask.width) * mask.height); }
 
 // The part of the work buffer that holds rows: enough for mask.height x mask.height + 1 rows without borders.
-constexpr int64_t ringBytes(int roiWidth, RoiSize mask, int pixelBytes) {
-  return (int64_t{mask.height} * mask.height + 1) * (int64_t{roiWidth} * pixelBytes + 32);
+constexpr Bytes ringBytes(Flavour flavour, int roiWidth, RoiSize mask) {
+  const Bytes row = Bytes(roiWidth) * flavour.pixelBytes() + kHalfLine;
+  return (Bytes(mask.height) * mask.height + 1) * row;
 }
 
-struct MorphSizes {
-  int64_t spec, buffer;
-};
+// For every row of the mask a row of a rectangle's extrema. Bytes keep two images of it, and their channels count as
+// one; words keep two of 32 bits in each of two directions, floats two of every channel.
+constexpr Bytes rectangleBytes(Flavour flavour, int roiWidth, RoiSize mask) {
+  constexpr int kRowSlack = 80, kSlack = 32;
+  const int directions = flavour.elementBytes == 2 ? 2 : 1;
+  const int pixel = flavour.elementBytes == 1 ? 2 : flavour.elementBytes == 2 ? 4 : 2 * flavour.pixelBytes();
+  return ((Bytes(roiWidth) * pixel + kRowSlack) * mask.height + kSlack) * directions;
+}
 
-// False when a size does not fit 31 bits. Widths and heights are positive.
-bool morphSizes(Flavour flavour, int roiWidth, RoiSize mask, MorphSizes* sizes);
+constexpr Bytes bufferBytes(Flavour flavour, int roiWidth, RoiSize mask) {
+  constexpr int kListEntry = 20, kListSlack = 36;     // of a list with an entry for every row of the mask
+  constexpr int kPointers = 3 * 8;                    // for every row of the mask
+  constexpr int kAnalysis = 16, kAnalysisSlack = 48;  // four words for every row of the mask, and twelve
+  const Bytes h = mask.height;
+  const Bytes general = ringBytes(flavour, roiWidth, mask) + h * kListEntry + kListSlack;
+  const Bytes rectangle = rectangleBytes(flavour, roiWidth, mask);
+  return std::max(rectangle, general) + roundToVector(h * kPointers) + maskBytes(mask) +
+         roundToVector(h * kAnalysis + kAnalysisSlack);
+}
 
-}  // namespace zvp
+// A prepared mask: header, mask, the selectors of both operations. Bits have selectors of a byte, the others of a
+// vector, and tables with up to four words for every row. Work memory of its own stands behind them, but for words.
+inline constexpr int kBitHeader = 80;
+constexpr Bytes preparedBytes(Flavour flavour, int roiWidth, RoiSize mask) {
+  constexpr int kHeader = 128, kTableRow = 16;
+  if (flavour.bits) return maskBytes(mask) * 3 + kBitHeader;
+  const Bytes parts = maskBytes(mask) * (1 + 2 * kVectorBytes) + Bytes(mask.height) * kTableRow + kHeader;
+  return flavour.elementBytes == 2 ? parts : parts + bufferBytes(flavour, roiWidth, mask);
+}
+
+}  // namespace zvp::morph

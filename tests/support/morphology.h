@@ -1,4 +1,4 @@
-// Masks, the members of the morphology families as tables, specifications and buffers of exactly the reported size
+// Masks, the members of the morphology families as tables, prepared masks and buffers of exactly the reported size
 // against inaccessible pages, and the plain model of erosion and dilation.
 #pragma once
 
@@ -217,7 +217,7 @@ auto morphMember(
   return member;
 }
 
-// A specification and a work buffer; the buffer that Init saw is gone.
+// A prepared mask and a work buffer; the buffer that Init saw is gone.
 template <class Spec>
 class MorphWork {
  public:
@@ -225,7 +225,6 @@ class MorphWork {
   MorphWork(const MorphMember<T, Spec, Extent>& member, std::type_identity_t<Extent> extent, const Mask& mask,
             Placement placement = {}) {
     EXPECT_EQ(member.getSize(extent, mask.size(), &specSize, &bufferSize), StatusOk);
-    if (sizeof(T) == 2) placement.shift *= 4;  // the specification stands at a multiple of 4
     spec_ = std::make_unique<GuardedBlock>(static_cast<size_t>(specSize), placement);
     buffer_ = std::make_unique<GuardedBlock>(static_cast<size_t>(bufferSize), placement);
     const GuardedBlock first(static_cast<size_t>(bufferSize), {});
@@ -244,7 +243,7 @@ class MorphWork {
     return filter(src.data(), src.step(), dst.data(), dst.step(), roi, border, spec(), buffer());
   }
 
-  // Words of the specification, or of the inner one that stands `offset` bytes behind its start.
+  // Words of the prepared mask, or of the inner one that stands `offset` bytes behind its start.
   int32_t word(int i, int offset = 0) const {
     int32_t value;
     memcpy(&value, spec_->start() + offset + 4 * i, sizeof value);
