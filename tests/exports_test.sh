@@ -1,6 +1,6 @@
 #!/bin/sh
-# The exported names are those of the sorted list, of the headers, and no others; the library needs the core library's
-# four functions and the C library only. Intrinsics and processor macros are in src/simd only.
+# The exported names are those of the sorted list, of the headers, and no others, and each is written out once in src/;
+# the library needs the core library's four functions and the C library only. Intrinsics and processor macros are in src/simd only.
 # usage: exports_test.sh SOURCE_DIR LIBRARY_DIR
 set -eu
 export LC_ALL=C
@@ -13,6 +13,8 @@ fail() { echo "exports: $1"; exit 1; }
 sort -c "$source_dir/tests/exports.txt" || fail "tests/exports.txt is not sorted"
 grep -ohE '\bzvp(i|cv)[A-Z][A-Za-z0-9_]*\(' "$source_dir"/include/zvpcv/*.h | tr -d '(' | sort -u > "$work/headers"
 diff "$source_dir/tests/exports.txt" "$work/headers" || fail "the list (<) and the headers (>) differ"
+grep -rohE '\bzvp(i|cv)[A-Z][A-Za-z0-9_]*' "$source_dir/src" | sort > "$work/bound"
+diff "$source_dir/tests/exports.txt" "$work/bound" || fail "each name (<) must stand once in src/ (>), where it is bound"
 ! grep -rnE '_mm|__AVX' "$source_dir"/include "$source_dir"/zvpcore "$source_dir"/src --exclude-dir=simd ||
   fail "intrinsics outside src/simd"
 
