@@ -15,7 +15,7 @@ constexpr int kBlock = 4, kLowBlock = 8;
 template <class T>
 bool allNonNull(const T* const* rows, int64_t count) {
   for (int64_t i = 0; i < count; ++i) {
-    if (rows[i] == nullptr) return false;
+    if (simd::load<const T*>(rows + i) == nullptr) return false;
   }
   return true;
 }

@@ -43,8 +43,9 @@ struct RowCall {
   template <class Arithmetic>
   Status run(const Arithmetic& arithmetic) const {
     for (int y = 0; y < roi.height; ++y) {
-      if (dst[y] == nullptr) return ErrNullPtr;
-      filterRow(arithmetic, src.row(y), dst[y]);
+      Out* const out = simd::load<Out*>(dst + y);
+      if (out == nullptr) return ErrNullPtr;
+      filterRow(arithmetic, src.row(y), out);
     }
     return StatusOk;
   }

@@ -21,7 +21,7 @@ struct Along {
 template <class T, int K>
 struct Across {
   explicit Across(const T* const* source) {
-    for (int i = 0; i < K; ++i) rows[i] = source[i];
+    for (int i = 0; i < K; ++i) rows[i] = simd::load<const T*>(source + i);
   }
   ZVP_INLINE const T* operator[](ptrdiff_t i) const { return rows[i]; }
 
@@ -30,7 +30,7 @@ struct Across {
 template <class T>
 struct Across<T, 0> {
   explicit Across(const T* const* source) : rows(source) {}
-  ZVP_INLINE const T* operator[](ptrdiff_t i) const { return rows[i]; }
+  ZVP_INLINE const T* operator[](ptrdiff_t i) const { return simd::load<const T*>(rows + i); }
 
   const T* const* rows;
 };
