@@ -152,7 +152,7 @@ Operand Call::laidOut(Access access, Element element, const Spans& spans, double
   const double rowBytes = row * double(element.size);
   int step = in.step(static_cast<int>(std::clamp<double>(rowBytes, 0, INT_MAX)), int(element.size));
   const auto [before, after] = extent(spans, step, element);
-  if (before + after > kMostBytes) step = static_cast<int>(std::min(rowBytes, kMostBytes)) - 1;
+  if (before + after > kMostBytes && !in.isFar()) step = static_cast<int>(std::min(rowBytes, kMostBytes)) - 1;
   const bool isRefused = step < rowBytes || step % int(element.size) != 0;
   return Operand(in, access, element, isRefused ? Spans{} : spans, step, isFinite);
 }

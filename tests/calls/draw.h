@@ -17,6 +17,9 @@ constexpr double kMostScratch = 16 * kMostBytes;  // of work memory
 
 class Draw {
  public:
+  static constexpr int kSomePadding = -1;  // else so many bytes behind every row
+  static constexpr int kFarPadding = 0x50000000;
+
   virtual ~Draw() = default;
 
   virtual std::int64_t integer(std::int64_t low, std::int64_t high) = 0;
@@ -58,10 +61,13 @@ class Draw {
     return {x, y, width, number(1, 12)};
   }
 
+  // Rows lie so far apart that there is no memory between them.
+  bool isFar() const { return padding_ == kFarPadding; }
+
   // For rows that are no shorter than `least` bytes.
   int step(int least, int element) {
     const int slack = INT_MAX - least;
-    if (isTight_) return least;
+    if (padding_ >= 0) return least + (slack < padding_ ? slack : padding_);
     switch (isWild_ ? integer(0, 40) : 40) {
       case 0:
         return least - 1;
@@ -78,22 +84,20 @@ class Draw {
   }
 
  protected:
-  explicit Draw(bool isWild, RoiSize given = {}, bool isTight = false)
-      : isWild_(isWild), given_(given), isTight_(isTight) {}
+  explicit Draw(bool isWild, RoiSize given = {}, int padding = kSomePadding)
+      : isWild_(isWild), given_(given), padding_(padding) {}
 
  private:
   bool isWild_;
   RoiSize given_;  // of all regions, if not empty
-  bool isTight_;   // the smallest steps
+  int padding_;
 };
 
 // Valid arguments only, the same ones for the same seed everywhere.
 class Seeded : public Draw {
  public:
-  enum class Steps { kPadded, kTight };
-
-  explicit Seeded(unsigned seed, RoiSize size = {}, Steps steps = Steps::kPadded)
-      : Draw(false, size, steps == Steps::kTight), engine_(seed) {}
+  explicit Seeded(unsigned seed, RoiSize size = {}, int padding = kSomePadding)
+      : Draw(false, size, padding), engine_(seed) {}
 
   std::int64_t integer(std::int64_t low, std::int64_t high) override {
     return low + static_cast<std::int64_t>(engine_() % static_cast<std::uint64_t>(high - low + 1));

@@ -71,7 +71,7 @@ std::pair<double, double> extent(const Spans& spans, int step, Element element) 
 }
 
 Operand::Operand(Draw& in, Access access, Element element, const Spans& spans, int step, bool isFinite)
-    : access_(access), element_(element), step_(step), spans_(spans) {
+    : access_(access), element_(element), step_(step), isFar_(in.isFar()), spans_(spans) {
   const auto [before, after] = extent(spans, step, element);
   lead_ = static_cast<std::size_t>(before), size_ = static_cast<std::size_t>(before + after);
   allocate(in, isFinite, 1);
@@ -108,32 +108,54 @@ void Operand::alias(const Operand& other) {
 }
 
 void Operand::remember() {
-  before_.assign(block_.start.get(), block_.start.get() + size_);
+  before_ = contents();
   if (access_ == Access::kRead && block_.freeze) block_.freeze();
 }
 
+// f(start, bytes) of each row, from its first element to its last one of any span; of arrays, all.
 template <class F>
-void Operand::forEachWritableRow(F f) const {
+void Operand::forEachRow(F f) const {
   if (spans_.empty()) return f(lead_, size_ - lead_);
-  for (double row = spans_.front().row; row <= spans_.back().row; ++row)
-    f(lead_ + static_cast<std::size_t>(row) * static_cast<std::size_t>(step_),
-      static_cast<std::size_t>(spans_.front().end) * element_.size);
+  Span all = spans_.front();
+  double lastRow = all.row;
+  for (const Span& s : spans_) {
+    all = {std::min(all.row, s.row), std::min(all.first, s.first), std::max(all.end, s.end)};
+    lastRow = std::max(lastRow, s.row);
+  }
+  const auto within = [&](double at) { return static_cast<std::size_t>(std::clamp(at, 0.0, double(size_))); };
+  for (double row = all.row; row <= lastRow; ++row) {
+    const double start = double(lead_) + row * step_, size = double(element_.size);
+    f(within(start + all.first * size), within(start + all.end * size) - within(start + all.first * size));
+  }
+}
+
+std::vector<std::uint8_t> Operand::rows() const {
+  std::vector<std::uint8_t> bytes;
+  forEachRow([&](std::size_t at, std::size_t n) {
+    bytes.insert(bytes.end(), block_.start.get() + at, block_.start.get() + at + n);
+  });
+  return bytes;
+}
+
+// Everything, where memory holds it.
+std::vector<std::uint8_t> Operand::contents() const {
+  return isFar_ ? rows() : std::vector(block_.start.get(), block_.start.get() + size_);
 }
 
 bool Operand::isIntact(bool failed) const {
-  const std::uint8_t* now = block_.start.get();
-  if (failed || access_ == Access::kRead) return std::equal(before_.begin(), before_.end(), now);
-  std::vector<std::uint8_t> allowed = before_;
-  forEachWritableRow(
-      [&](std::size_t at, std::size_t bytes) { std::copy_n(now + at, bytes, allowed.begin() + std::ptrdiff_t(at)); });
-  return std::equal(allowed.begin(), allowed.end(), now);
+  std::vector<std::uint8_t> now = contents();
+  if (failed || access_ == Access::kRead) return now == before_;
+  if (isFar_) return true;
+  forEachRow([&](std::size_t at, std::size_t n) {
+    std::copy_n(before_.begin() + std::ptrdiff_t(at), n, now.begin() + std::ptrdiff_t(at));
+  });
+  return now == before_;
 }
 
 void Operand::appendResult(std::vector<std::uint8_t>& bytes) const {
   if (access_ != Access::kWrite) return;
-  forEachWritableRow([&](std::size_t at, std::size_t n) {
-    bytes.insert(bytes.end(), block_.start.get() + at, block_.start.get() + at + n);
-  });
+  const std::vector<std::uint8_t> result = rows();
+  bytes.insert(bytes.end(), result.begin(), result.end());
 }
 
 void Operand::allocate(Draw& in, bool isFinite, std::size_t alignment) {
@@ -144,7 +166,8 @@ void Operand::allocate(Draw& in, bool isFinite, std::size_t alignment) {
   block_ = exactBlock(size_, atEnd);
   const bool isBytes = in.isWild() || element_.size > sizeof(std::uint64_t);  // records, too
   const Element element = isBytes ? Element{1, false} : element_;
-  Contents(in, element, isFinite).fill(block_.start.get() + lead_ % element.size, size_ - lead_ % element.size);
+  Contents contents(in, element, isFinite);
+  forEachRow([&](std::size_t at, std::size_t bytes) { contents.fill(block_.start.get() + at, bytes); });
 }
 
 }  // namespace zvp::calls

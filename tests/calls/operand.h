@@ -87,13 +87,16 @@ class Operand {
  private:
   void allocate(Draw& in, bool isFinite, std::size_t alignment);
   template <class F>
-  void forEachWritableRow(F f) const;
+  void forEachRow(F f) const;
+  std::vector<std::uint8_t> rows() const;
+  std::vector<std::uint8_t> contents() const;
 
   Access access_;
   Element element_;
   Block block_;
   std::size_t lead_ = 0, size_ = 0;
   int step_ = 0;
+  bool isFar_ = false;
   Spans spans_;
   std::vector<std::uint8_t> before_;
 };

@@ -19,7 +19,8 @@ void speckles(Call& c) {
   const RoiSize size = c.in.size();
   if (size.width > 1000 || size.height > 1000) return;  // no step is refused
   const int element = static_cast<int>(c.next().element.size);
-  const int distance = std::max(size.width, 0) * element + int(c.in.integer(0, 2)) * (c.in.oneIn(4) ? 1 : element);
+  const int padding = int(c.in.integer(0, 2)) * (c.in.oneIn(4) ? 1 : element);
+  const int distance = std::max(size.width, 0) * element + (c.in.isFar() ? Draw::kFarPadding : padding);
   c.imageWithAnyStep(region(size.width, size.height), c.in.oneIn(2) ? -distance : distance);
   c.give(size, kSize);
   c.give(c.in.integer(0, 3));
