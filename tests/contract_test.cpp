@@ -50,6 +50,9 @@ TEST(Contract, EveryFaultIsFoundInItsOrderAndNothingIsWritten) {
   });
 }
 
+// All but these work in the memory that they are given.
+bool mayAllocate(const Call& call) { return call.is("Alloc") || call.is("ApplyHaarClassifier"); }
+
 TEST(Contract, EveryAllocationMayFail) {
   forEachExport([](Call& call) {
     const int before = liveAllocations();
@@ -58,7 +61,7 @@ TEST(Contract, EveryAllocationMayFail) {
       failAllocation(n);
       status = call.run();
       failAllocation(0);
-      EXPECT_TRUE(status != ErrNoMemory || liveAllocations() == before);
+      EXPECT_TRUE(status != ErrNoMemory || (mayAllocate(call) && liveAllocations() == before));
     }
     EXPECT_GE(status, StatusOk);
   });

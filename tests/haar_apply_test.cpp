@@ -1,7 +1,6 @@
 // Stages applied to images, against the evaluation rule written out position by position.
 #include <cmath>
 
-#include "support/allocator.h"
 #include "support/haar.h"
 
 namespace zvp::test {
@@ -255,23 +254,6 @@ TEST(HaarApply, ObjectWithoutClassifiers) {
       }
     }
   }
-}
-
-template <class E, class V>
-void expectNoAllocation() {
-  const Scene<E, V> s(1, randomStage<V>(1, 3, 9), 20, 2, {});
-  fillMask(s.mask, 0);
-  const auto object = build(s.stage);
-  int positive = -1;
-  failAllocation(1);
-  EXPECT_EQ(apply(s, true, object.get(), V(0), &positive), StatusOk);
-  failAllocation(0);
-}
-
-TEST(HaarApply, TheMixedFormAllocatesNothing) {
-  expectNoAllocation<float, float>();
-  expectNoAllocation<int, float>();
-  expectNoAllocation<int, int>();
 }
 
 }  // namespace

@@ -16,6 +16,18 @@ void observeExtent(Call& c, std::function<void*()> object) {
   });
 }
 
+// The last rectangle must lie where its corners are no less than 0 and fit 31 bits.
+void refuseRects(Call& c, const Operand& rects) {
+  std::vector<Rect> bad = {{-1, 0, 1, 1}, {0, -1, 1, 1}, {0, 0, 0, 1}, {0, 0, 1, 0}, {INT_MAX, 0, 1, 1}};
+  bad.push_back({0, INT_MAX - (c.is("Tilted") ? 5 : 4), 1, 5});
+  for (const Rect& r : bad) {
+    const Operand& others = c.add(Operand(c.in, Access::kRead, {1, false}, double(rects.size()), false, alignof(Rect)));
+    std::memcpy(others.start(), rects.start(), rects.size());
+    std::memcpy(others.start() + rects.size() - sizeof r, &r, sizeof r);
+    c.rejects({others.start()}, ErrBadArg, kLater + 20);
+  }
+}
+
 // pState, pFeature, pWeight, pThreshold, pVal1, pVal2, pNum, length.
 void build(Call& c) {
   const int length = c.in.wildly(32) ? -1 : static_cast<int>(c.in.integer(c.in.isWild() ? 0 : 1, 6));
@@ -29,10 +41,16 @@ void build(Call& c) {
   c.object("zvpiHaarClassifierFree" + c.suffix());
   const Operand& features = c.array(rects, alignof(Rect));
   for (int i = 0; i < rects; ++i) features.as<Rect>()[i] = c.in.rect();
+  if (rects > 0 && !c.in.isWild()) refuseRects(c, features);
   c.array(rects, alignof(int));
   for (int i = 0; i < 3; ++i) c.array(length, alignof(int));
   const Operand& numbers = c.array(length, alignof(int));
   for (std::size_t k = 0; k < counts.size(); ++k) numbers.put(k, counts[k]);
+  for (const int count : {0, -1, INT_MAX}) {
+    const Operand& others = c.add(Operand(c.in, Access::kRead, {sizeof count, false}, length, false, alignof(int)));
+    for (std::size_t k = 0; k < counts.size(); ++k) others.put(k, k + 1 < counts.size() ? counts[k] : count);
+    c.rejects({others.start()}, count < 1 ? ErrSize : ErrNoMemory, count < 1 ? int{kSize} : kLater + 10);
+  }
   c.give(length);
   c.rejects({-1, INT_MIN}, ErrSize, kSize);
   observeExtent(c, [&c] { return c.made(); });

@@ -10,8 +10,11 @@ namespace {
 
 void makeState(Call& c) {
   c.object("zvpiOpticalFlowPyrLKFree" + c.suffix());
+  constexpr int kLast = kLater + 9;
   c.give(c.in.size(), kSize);
+  c.rejects({RoiSize{20000, 20000}, RoiSize{46341, 46341}, RoiSize{INT_MAX, INT_MAX}}, ErrNoMemory, kLast);
   c.length(40);
+  c.rejects({20000, 46341, INT_MAX - 5, INT_MAX}, ErrNoMemory, kLast);
   c.value();
 }
 
@@ -22,12 +25,20 @@ void release(Call& c) {
   }
 }
 
-// A record whose images and steps are operands of its levels.
-const Pyramid* giveRecord(Call& c, RoiSize size, float rate) {
+Element elementOf(const Call& c) { return {c.is("_8u") ? 1u : c.is("_16u") ? 2u : 4u, c.is("_32f")}; }
+
+Pyramid* newRecord(Call& c, RoiSize size, float rate) {
   Pyramid* record = nullptr;
   if (c.call("zvpiPyramidInitAlloc", {&record, 4, size, rate}) != StatusOk) return nullptr;
   c.releaseAtEnd("zvpiPyramidFree", record);
-  const Element element{c.is("_8u") ? 1u : c.is("_16u") ? 2u : 4u, c.is("_32f")};
+  return record;
+}
+
+// A record whose images and steps are operands of its levels.
+Pyramid* giveRecord(Call& c, RoiSize size, float rate) {
+  Pyramid* record = newRecord(c, size, rate);
+  if (record == nullptr) return nullptr;
+  const Element element = elementOf(c);
   for (int l = 0; l <= record->level; ++l) {
     const RoiSize level = record->roiSizes[l];
     const Operand& image = c.add(c.laidOut(Access::kRead, element, region(level.width, level.height), level.width));
@@ -37,6 +48,33 @@ const Pyramid* giveRecord(Call& c, RoiSize size, float rate) {
   if (c.in.wildly(32)) record->rates[c.in.integer(0, record->level)] = 0;
   c.share(Operand(Access::kRead, record, sizeof *record), Access::kRead);
   return record;
+}
+
+// Levels up to the highest one that is used must be there and have the sizes and steps of each other.
+void refuseOtherRecords(Call& c, int argument, const Pyramid& record, float rate, int level) {
+  const auto refuse = [&](Status status, int order, auto change) {
+    Pyramid& other = *newRecord(c, record.roiSizes[0], rate);
+    std::copy_n(record.images, record.level + 1, other.images);
+    std::copy_n(record.steps, record.level + 1, other.steps);
+    change(other);
+    c.rejects({&other}, status, kLater + order, argument);
+  };
+  const int element = int(elementOf(c).size), row = record.roiSizes[level].width * element;
+  if (level > 0) refuse(ErrBadArg, 10, [=](Pyramid& p) { p.level = level - 1; });
+  refuse(ErrNullPtr, 31, [=](Pyramid& p) { p.images[level] = nullptr; });
+  refuse(ErrSize, 32, [=](Pyramid& p) { --p.roiSizes[level].height; });
+  refuse(ErrStep, 33, [=](Pyramid& p) { p.steps[level] = row - 1; });
+  if (element > 1) refuse(ErrStepNotMultiple, 34, [=](Pyramid& p) { p.steps[level] = row + 1; });
+}
+
+void refuseSmallStates(Call& c, RoiSize size, int winSize) {
+  for (const RoiSize smaller : {RoiSize{size.width - 1, size.height}, {size.width, size.height - 1}}) {
+    OpticalFlowState* state = nullptr;
+    const std::string type = c.suffix();
+    if (c.call("zvpiOpticalFlowPyrLKInitAlloc" + type, {&state, smaller, winSize, 0}) != StatusOk) continue;
+    c.releaseAtEnd("zvpiOpticalFlowPyrLKFree" + type, state);
+    c.rejects({state}, ErrSize, kLater + 32);
+  }
 }
 
 const Operand& givePoints(Call& c, int count) {
@@ -53,8 +91,10 @@ void flow(Call& c) {
   const int winSize = state->argument(2).as<int>(), count = int(c.in.integer(1, 6));
   const float rate = c.in.pick({2.0f, 1.3f, 3.7f, 10.0f});
   c.isFinite = true;
-  const Pyramid* previous = giveRecord(c, size, rate);
-  if (previous == nullptr || giveRecord(c, size, rate) == nullptr) return;
+  Pyramid* const previous = giveRecord(c, size, rate);
+  if (previous == nullptr) return;
+  Pyramid* const next = giveRecord(c, size, rate);
+  if (next == nullptr) return;
   givePoints(c, count);
   const Operand &found = givePoints(c, count), &status = c.array(count), &error = c.array(count);
   c.give(count);
@@ -64,12 +104,18 @@ void flow(Call& c) {
   const int maxLev = c.in.number(0, previous->level);
   c.give(maxLev);
   c.rejects({-1, 127, INT_MAX, INT_MIN, previous->level + 1}, ErrBadArg);
+  for (int argument = 0; argument < 2 && !c.in.isWild(); ++argument) {
+    const Pyramid* record = argument == 0 ? previous : next;
+    refuseOtherRecords(c, argument, *record, rate, maxLev);
+    for (int l = maxLev + 1; l <= record->level; ++l) record->images[l] = nullptr;  // not looked at
+  }
   c.give(c.in.integer(c.in.isWild() ? 0 : 1, 12));
   c.rejects({0, -1, INT_MIN}, ErrBadArg);
   c.give(0.01f);
   c.rejects({-0.5f, NAN}, ErrBadArg);
   c.give(state->made());
   c.rejects({nullptr}, ErrNullPtr, kNull);
+  if (!c.in.isWild()) refuseSmallStates(c, size, winSize);
   c.promise("lost points say where, and every point has a place", [=, &found, &status, &error] {
     for (std::size_t i = 0; i < std::size_t(count); ++i) {
       const int s = status.get<std::int8_t>(i);

@@ -95,6 +95,7 @@ void layerState(Call& c) {
   c.array(taps);
   c.give(taps);
   c.rejects({1, 0, -3, 2}, ErrBadArg);
+  c.rejects({INT_MAX}, c.is("Down") ? ErrSize : ErrNoMemory, c.is("Down") ? int{kSize} : kLater + 9);
   c.give(c.in.wildly(64) ? 1 : 2);
   c.rejects({0, 1, 3, -1}, ErrBadArg);
 }
@@ -107,6 +108,7 @@ void layer(Call& c) {
   if (state == nullptr) return;
   RoiSize larger = state->argument(1).as<RoiSize>(), smaller = c.in.size();
   if (c.in.wildly(4)) larger = c.in.size();
+  if (!c.in.isWild() && c.in.oneIn(4)) larger = {int(c.in.integer(1, larger.width)), (larger.height + 1) / 2};
   if (!c.in.wildly(8)) c.call("zvpiGetPyramidDownROI", {larger, &smaller, state->argument(2)});
   const RoiSize from = isDown ? larger : smaller, to = isDown ? smaller : larger;
   c.isFinite = true;
@@ -114,7 +116,10 @@ void layer(Call& c) {
   c.give(from, kSize);
   c.image(to);
   c.give(to);
-  c.rejects({RoiSize{to.width, 0}, RoiSize{to.width, INT_MIN}, RoiSize{to.width, INT_MAX}}, ErrSize, kLater + 9);
+  RoiSize least = to, most = to;
+  if (!isDown) c.call("zvpiGetPyramidUpROI", {from, &least, &most, state->argument(2)});
+  for (const int height : {0, INT_MIN, INT_MAX, least.height - 1, most.height + 1})
+    c.rejects({RoiSize{to.width, height}}, ErrSize, kLater + 9);
   c.give(state->made());
   c.rejects({nullptr}, ErrNullPtr, kNull);
   if (const Call* narrower = c.prepareNarrower(maker + c.suffix(), larger, 4))
