@@ -1,6 +1,8 @@
 // Row filters against a plain loop, their border outputs, and their checks.
 #include "support/filter.h"
 
+#include "support/border.h"
+
 namespace zvp::test {
 namespace {
 
@@ -58,19 +60,6 @@ void forEachMember(Body body) {
   body(ZVP_ROW_MEMBER(32f_C3R));
 }
 
-// The column that x reads, one step of the rule at a time; -1: the constant.
-int borderColumn(int x, int width, BorderType mode) {
-  while (x < 0 || x >= width) {
-    const int last = width - 1;
-    if (mode == BorderConstant) return -1;
-    if (mode == BorderReplicate || width == 1) return x < 0 ? 0 : last;
-    if (mode == BorderWrap) x += x < 0 ? width : -width;
-    if (mode == BorderReflect) x = x < 0 ? -x : 2 * last - x;
-    if (mode == BorderReflectEdge) x = x < 0 ? -1 - x : 2 * last + 1 - x;
-  }
-  return x;
-}
-
 struct Settings {
   int width;
   int kernelSize, xAnchor;
@@ -103,8 +92,9 @@ void expectEqualsPlain(const Member& member, const Settings& s, unsigned seed) {
                       [&](int y, int element) {
                         const int x = element / channels, c = element % channels, first = x - s.xAnchor;
                         const auto pixel = [&](int i) {
-                          const int from = borderColumn(first + i, s.width, s.borderType);
-                          return from < 0 ? borderValue[c] : src.get(roi.height - 1 - y, from * channels + c);
+                          const int64_t from = walkedInside(first + i, s.width, s.borderType);
+                          if (from == kNoPixel) return borderValue[c];
+                          return src.get(roi.height - 1 - y, static_cast<int>(from) * channels + c);
                         };
                         const bool meetsBorder = first < 0 || first + s.kernelSize > s.width;
                         return plainOutput<Out>(taps, s.divisor, member.isLow(), meetsBorder, pixel);
@@ -144,16 +134,6 @@ TEST(FilterRow, EqualsThePlainLoopForEveryAnchorAndBorder) {
   });
 }
 
-TEST(FilterRow, EqualsThePlainLoopForEveryDivisor) {
-  forEachMember([](const auto& member) {
-    unsigned seed = 0;
-    for (const int divisor : kMoreDivisors)
-      for (const int k : {2, 3, 5, 8})
-        for (const Strength strength : kStrengths)
-          ASSERT_NO_FATAL_FAILURE(expectEqualsPlain(member, {90, k, k / 2, BorderReflect, divisor, strength}, ++seed));
-  });
-}
-
 using Row = std::vector<int16_t>;
 
 // One row of a 16s C1R member.
@@ -169,13 +149,6 @@ Row filtered(const Member& member, const Row& row, const Row& taps, int anchor, 
                            buffer.start(), divisor}),
             StatusOk);
   return out;
-}
-
-TEST(FilterRow, HandComputed) {
-  const auto member = ZVP_ROW_MEMBER(16s_C1R);
-  EXPECT_EQ(filtered(member, {10, 20, 30}, {1, 1, 1}, 1, BorderConstant, 7, 1), (Row{37, 60, 57}));
-  for (const BorderType mode : {BorderReplicate, BorderWrap, BorderReflect, BorderReflectEdge})
-    EXPECT_EQ(filtered(member, {9}, {1, 2, 3}, 1, mode, 0, 1), (Row{54})) << "a reflection of one pixel repeats it";
 }
 
 TEST(FilterRow, InnerOutputsRoundAndBorderOutputsTruncate) {
@@ -258,8 +231,7 @@ TEST(FilterRow, BufferSizesDependOnTheKernelOnly) {
   size_t i = 0;
   forEachMember([&](const auto& member) {
     const auto& [perTap, fixed] = perTapAndFixed[i++];
-    expectBufferSizes(
-        member, [a = perTap, b = fixed](int, int k) { return a * k + b; }, {1, 1}, INT32_MAX);
+    expectBufferSizes(member, [a = perTap, b = fixed](int, int k) { return a * k + b; });
   });
 }
 

@@ -155,8 +155,6 @@ TEST(FindPeaks, HalfTheSizeIsTakenInSinglePrecision) {
 TEST(FindPeaks, BufferSizes) {
   for (const auto query : {zvpiFindPeaks3x3GetBufferSize_32s_C1R, zvpiFindPeaks3x3GetBufferSize_32f_C1R}) {
     int size = 77;
-    for (const int width : {INT32_MAX, 67108859}) EXPECT_EQ(query(width, &size), ErrSize);
-    EXPECT_EQ(size, 77);
     for (const auto& [width, bytes] :
          {std::pair{1, 160}, {2, 160}, {3, 288}, {6, 288}, {7, 416}, {640, 20640}, {67108858, 2147483552}}) {
       EXPECT_EQ(query(width, &size), StatusOk);

@@ -177,15 +177,10 @@ TEST(MarkSpeckles, FloatsThatAreNoOrdinaryNumbers) {
   expectMarked<float>({4, 4}, {0, 1, NAN}, {0, 0});
 }
 
-// --- Buffer and checks -----------------------------------------------------------------------------------------------
-
-TEST(MarkSpeckles, BufferSizes) {
-  const auto query = zvpiMarkSpecklesGetBufferSize;
+TEST(MarkSpeckles, BufferSize) {
   int size = 77;
-  for (const RoiSize roi : {RoiSize{50000, 50000}, {INT32_MAX, INT32_MAX}, {165191050, 1}})
-    EXPECT_EQ(query(roi, DataType16s, 1, &size), ErrSize);
-  EXPECT_EQ(size, 77);
-  EXPECT_EQ(query({1, 165191049}, DataType8u, 1, &size), StatusOk);
+  EXPECT_EQ(zvpiMarkSpecklesGetBufferSize({1, 165191050}, DataType16s, 1, &size), ErrSize);
+  EXPECT_EQ(zvpiMarkSpecklesGetBufferSize({1, 165191049}, DataType8u, 1, &size), StatusOk);
   EXPECT_EQ(size, 2147483637);
 }
 

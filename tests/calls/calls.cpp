@@ -295,8 +295,11 @@ void query(Call& c) {
       c.scalar();
     } else if (c.next().isStruct) {
       c.give(c.in.size(), kSize);
+      if (!c.is("Row") && !c.is("Column")) c.rejects({RoiSize{INT_MAX, INT_MAX}}, ErrSize, kSize);
+      if (c.is("Column") && !c.is("32f")) c.rejects({RoiSize{INT_MAX, 1}}, ErrSize, kSize);
     } else {
       c.length(80);
+      if (!c.is("Column")) c.rejects({INT_MAX}, ErrSize, kSize);
     }
   }
 }

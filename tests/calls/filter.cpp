@@ -72,6 +72,7 @@ void giveMask(Call& c, int mask) {
 
 void windowQuery(Call& c) {
   c.give(c.in.size(), kSize);
+  c.rejects({RoiSize{INT_MAX, 1}}, ErrSize, kLater + 9);
   giveMask(c, someMask(c));
   c.scalar();
 }

@@ -21,6 +21,7 @@ void giveRate(Call& c, float rate) {
 
 void octaveBuffer(Call& c) {
   c.length(80);
+  c.rejects({INT_MAX}, ErrSize, kLater + 10);
   c.give(c.in.pick({DataType8u, DataType8s, DataType32f}));
   c.rejects({DataType16u, DataType16s, 0, -1}, ErrDataType, kLater + 9);
   c.give(c.in.pick({1, 3}));

@@ -8,6 +8,7 @@ namespace {
 
 void bufferSize(Call& c) {
   c.give(c.in.size(), kSize);
+  c.rejects({RoiSize{50000, 50000}, RoiSize{INT_MAX, INT_MAX}}, ErrSize, kLater + 9);
   c.give(c.in.pick({DataType8u, DataType16u, DataType16s, DataType32f}));
   c.rejects({DataType8s, 0, 2, 6, 9, 11, 14, -1}, ErrDataType);
   c.number(1, 1, ErrNumChannels);
