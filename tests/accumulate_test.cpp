@@ -204,17 +204,5 @@ TEST(Accumulate, TheMaskMultiplies) {
   EXPECT_EQ(bitsOf(p), (Four{kInvalid, kInvalid, kInvalid, 0x40a00000})) << "1e30 x 1e30 is infinite too";
 }
 
-TEST(Accumulate, SinglePrecisionThroughout) {
-  const uint16_t s = 65535;
-  float d = 0;
-  ASSERT_EQ(zvpiAddSquare_16u32f_C1IR(&s, 2, &d, 4, {1, 1}), StatusOk);
-  EXPECT_EQ(d, 4294836224.0f);  // 4294836225 has 32 significant bits
-  // d + 0.1 x (s - d), not 0.9 x d + 0.1 x s: an infinite source does not meet an infinite accumulator half-way.
-  const float source = kInf;
-  float infinite = kInf;
-  ASSERT_EQ(zvpiAddWeighted_32f_C1IR(&source, 4, &infinite, 4, {1, 1}, 0.1f), StatusOk);
-  EXPECT_EQ(std::bit_cast<Bits>(infinite), kInvalid);
-}
-
 }  // namespace
 }  // namespace zvp::test

@@ -16,41 +16,23 @@ TEST(Border, EveryModeEqualsItsRuleStepByStep) {
       for (int64_t x = -40; x <= 40; ++x)
         ASSERT_EQ(modeCoordinate(x, extent, mode), walkedInside(x, extent, mode))
             << mode << ": " << x << " of " << extent;
-}
-
-TEST(Border, HandComputedCoordinates) {
-  EXPECT_EQ(modeCoordinate(-2, 4, BorderReplicate), 0);
-  EXPECT_EQ(modeCoordinate(5, 4, BorderReplicate), 3);
-  EXPECT_EQ(modeCoordinate(-1, 4, BorderWrap), 3);
-  EXPECT_EQ(modeCoordinate(4, 4, BorderWrap), 0);
-  EXPECT_EQ(modeCoordinate(-1, 4, BorderReflect), 1);
-  EXPECT_EQ(modeCoordinate(-2, 4, BorderReflect), 2);
-  EXPECT_EQ(modeCoordinate(4, 4, BorderReflect), 2);
-  EXPECT_EQ(modeCoordinate(-1, 4, BorderReflectEdge), 0);
-  EXPECT_EQ(modeCoordinate(-2, 4, BorderReflectEdge), 1);
-  EXPECT_EQ(modeCoordinate(4, 4, BorderReflectEdge), 3);
-  EXPECT_EQ(modeCoordinate(-3, 1, BorderReflect), 0);
-  EXPECT_EQ(modeCoordinate(-1, 4, BorderConstant), kNoSource);
   EXPECT_EQ(modeCoordinate(INT64_C(-4000000001), 4, BorderWrap), 3);
 }
 
 TEST(Border, FlaggedSidesAreRead) {
-  const AxisBorder left = horizontalBorder(BorderReplicate | BorderLeftInMemory);
-  EXPECT_EQ(sourceCoordinate(-3, 4, left), -3);
-  EXPECT_EQ(sourceCoordinate(6, 4, left), 3);
-  const AxisBorder right = horizontalBorder(BorderReplicate | BorderRightInMemory | BorderTopInMemory);
-  EXPECT_EQ(sourceCoordinate(-3, 4, right), 0);
-  EXPECT_EQ(sourceCoordinate(6, 4, right), 6);
-  const AxisBorder top = verticalBorder(BorderReplicate | BorderTopInMemory | BorderLeftInMemory);
-  EXPECT_EQ(sourceCoordinate(-3, 4, top), -3);
-  EXPECT_EQ(sourceCoordinate(6, 4, top), 3);
-  const AxisBorder bottom = verticalBorder(BorderReplicate | BorderBottomInMemory);
-  EXPECT_EQ(sourceCoordinate(-3, 4, bottom), 0);
-  EXPECT_EQ(sourceCoordinate(6, 4, bottom), 6);
-  for (const AxisBorder all : {horizontalBorder(BorderInMemory), verticalBorder(BorderInMemory)}) {
-    EXPECT_EQ(sourceCoordinate(-3, 4, all), -3);
-    EXPECT_EQ(sourceCoordinate(6, 4, all), 6);
-  }
+  constexpr int64_t kExtent = 4;
+  const auto expected = [](int64_t x, bool isInMemory) { return isInMemory ? x : x < 0 ? 0 : kExtent - 1; };
+  for (BorderType sides = 0; sides <= 0xf0; sides += 0x10)
+    for (const BorderType type : {+BorderReplicate | sides, +BorderInMemory | sides})
+      for (const int64_t x : {-3, 6}) {
+        const auto read = [&](BorderType before, BorderType behind) {
+          return isInMemory(type, x < 0 ? before : behind);
+        };
+        EXPECT_EQ(sourceCoordinate(x, kExtent, horizontalBorder(type)),
+                  expected(x, read(BorderLeftInMemory, BorderRightInMemory)));
+        EXPECT_EQ(sourceCoordinate(x, kExtent, verticalBorder(type)),
+                  expected(x, read(BorderTopInMemory, BorderBottomInMemory)));
+      }
 }
 
 // Every stretch of a row of every border, also stretches that lie wholly outside.

@@ -89,15 +89,6 @@ TEST(TrueDistance, SquaresOfSidesAddUpBeyond31Bits) {
               static_cast<float>(std::min(x * x, (kLastColumn - x) * (kLastColumn - x) + kLastRow * kLastRow)));
 }
 
-TEST(TrueDistance, HandComputed) {
-  const uint8_t src[] = {1, 1, 1, 1, 1, 1, 0, 1, 1, 1, 1, 1};
-  float dst[12];
-  std::vector<uint8_t> buffer(24 * 12 + 56);
-  ASSERT_EQ(zvpiTrueDistanceTransform_8u32f_C1R(src, 4, dst, 16, {4, 3}, buffer.data()), StatusOk);
-  const float squares[] = {5, 2, 1, 2, 4, 1, 0, 1, 5, 2, 1, 2};  // squared: no root is taken
-  for (int i = 0; i < 12; ++i) EXPECT_EQ(dst[i], squares[i]) << i;
-}
-
 TEST(TrueDistance, BufferSize) {
   struct Expected {
     RoiSize roi;

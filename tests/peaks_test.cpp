@@ -105,13 +105,6 @@ bool isFound(T v, T right, T threshold) {
   return !peaksOf<T>(3, {0, 0, 0, 0, v, right, 0, 0, 0}, threshold, 0).empty();
 }
 
-TEST(FindPeaks, MaximaAndMinimaAndTheNeighbourhood) {
-  const std::vector<int32_t> src = {0, 0, 9, 0, 0, 0, /**/ 0, 8, 0, 0, -5, 0, /**/ 0, 0, 0, 0, 0, 0};
-  EXPECT_EQ(peaksOf(6, src, 4, 0), (Peaks{{4, 1}})) << "9 is a corner neighbour of 8";
-  EXPECT_EQ(peaksOf(6, src, 4, 1), (Peaks{{1, 1}, {4, 1}})) << "not of its cross";
-  EXPECT_EQ(peaksOf(6, src, 5, 1), (Peaks{{1, 1}})) << "strictly greater";
-}
-
 TEST(FindPeaks, PlateausReportEveryPixelUntilThePeaksRunOut) {
   const std::vector<float> plateau(20 * 6, 3.0f);
   EXPECT_EQ(peaksOf(20, plateau, -1.0f, 0, 2).size(), 32u) << "16 columns, 2 rows";
