@@ -172,14 +172,6 @@ TEST(MorphAdv, ObjectAndSizes) {
   expectObject(kBitMember, inner, {250, 4}, full(9, 3), 64 * 6);  // 258 bits are 33 bytes
 }
 
-TEST(MorphAdv, SizesBeyond31Bits) {
-  const auto expectChecks = [](const auto& member) {
-    expectTooLarge(member, {{{1, INT32_MAX}, {1, 1}}, {{1, INT32_MAX}, {1, INT32_MAX}}, {{200000, 200000}, {3, 3}}});
-  };
-  forEachAdvMember(expectChecks);
-  expectChecks(kBitMember);
-}
-
 TEST(MorphAdv, AllocatedSpecifications) {
   const Mask mask = full(3, 3);
   MorphAdvSpec* spec = nullptr;

@@ -36,15 +36,6 @@ TEST(MorphSizes, HandComputed) {
 const MorphMember<uint8_t, MorphBorderSpec, int> kBitMember{
     "1u", zvpiMorphologyBorderGetSize_1u_C1R, zvpiMorphologyBorderInit_1u_C1R, {}};
 
-TEST(MorphSizes, Beyond31Bits) {
-  const auto expectChecks = [](const auto& member) {
-    expectTooLarge(member,
-                   {{1, {1, 50000}}, {INT32_MAX, {INT32_MAX, INT32_MAX}}, {1 << 28, {1, 3}}, {1, {1 << 30, 1}}});
-  };
-  forEachMorphMember(expectChecks);
-  expectChecks(kBitMember);
-}
-
 TEST(MorphSpec, HeaderWords) {
   const Mask mask = drawn({"..x.", "xx.x", "....", "x..."});
   forEachMorphMember([&]<class T>(const MorphMember<T, MorphBorderSpec, int>& member) {

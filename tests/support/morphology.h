@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "support/border.h"
 #include "support/image.h"
 #include "zvpcv/morphology.h"
 
@@ -77,16 +78,12 @@ inline std::vector<BorderType> acceptedBorders() {
   return borders;
 }
 
-inline bool inMemory(BorderType border, BorderType flag) {
-  return (border & 15) == BorderInMemory || (border & flag) != 0;
-}
-
 // Pixels around a region that may be read where they are in memory; `reach` filters one after another.
 struct Room {
   int left, top, right, bottom;
 
   Room(BorderType border, const Mask& mask, Point anchor, int reach) {
-    const auto room = [&](BorderType flag, int pixels) { return inMemory(border, flag) ? reach * pixels : 0; };
+    const auto room = [&](BorderType flag, int pixels) { return isInMemory(border, flag) ? reach * pixels : 0; };
     left = room(BorderLeftInMemory, anchor.x);
     top = room(BorderTopInMemory, anchor.y);
     right = room(BorderRightInMemory, mask.width - anchor.x - 1);
@@ -94,18 +91,13 @@ struct Room {
   }
 };
 
-// The coordinate that is read for x, on an axis with that extent.
-inline int resolve(int x, int extent, bool beforeInMemory, bool afterInMemory) {
-  if (x < 0) return beforeInMemory ? x : 0;
-  return x < extent || afterInMemory ? x : extent - 1;
-}
-
 // Erosion or dilation of a region, row by row; read(x, y) gives a pixel in memory.
 template <class T, class Read>
 std::vector<T> plainFilter(const Mask& mask, Point anchor, bool erode, RoiSize roi, BorderType border, Read read) {
-  const auto pixel = [&](int x, int y) -> T {
-    return read(resolve(x, roi.width, inMemory(border, BorderLeftInMemory), inMemory(border, BorderRightInMemory)),
-                resolve(y, roi.height, inMemory(border, BorderTopInMemory), inMemory(border, BorderBottomInMemory)));
+  const auto pixel = [&](int x, int y) {
+    return borderedPixel(x, y, roi, border, T{}, [&](int64_t column, int64_t row) -> T {
+      return read(static_cast<int>(column), static_cast<int>(row));
+    });
   };
   std::vector<Point> members;
   for (int j = 0; j < mask.height; ++j)
@@ -263,19 +255,6 @@ class MorphWork {
  private:
   std::unique_ptr<GuardedBlock> spec_, buffer_;
 };
-
-// Extents and masks whose objects are too large.
-template <class T, class Spec, class Extent>
-void expectTooLarge(const MorphMember<T, Spec, Extent>& member, const std::vector<std::pair<Extent, RoiSize>>& large) {
-  SCOPED_TRACE(member.name);
-  int spec = -1, buffer = -1;
-  for (const auto& [extent, mask] : large) {
-    EXPECT_EQ(member.getSize(extent, mask, &spec, &buffer), ErrSize) << mask.width << "x" << mask.height;
-    uint8_t memory = 0;
-    EXPECT_EQ(member.init(extent, &memory, mask, reinterpret_cast<Spec*>(&memory), &memory), ErrSize);
-  }
-  EXPECT_EQ(std::pair(spec, buffer), std::pair(-1, -1));
-}
 
 // Images of bits: any number of them in front of the region's first.
 struct BitImage {
