@@ -72,7 +72,7 @@ struct ScaledArithmetic {
       const int shift = std::min(scaleFactor, 63);
       return ((p + kOffset) >> shift) - (kOffset >> shift);
     }
-    return scaleFactor > -64 ? p << -scaleFactor : p - p;
+    return scaleFactor > -64 ? p << -scaleFactor : Pack<uint64_t, N>{};
   }
 };
 

@@ -29,7 +29,7 @@ inline constexpr int lanes = kRegisterBytes<T> / int{sizeof(T)};
 
 template <class T, int N>
 struct PackOf {
-  typedef T Type __attribute__((vector_size(N * sizeof(T))));
+  using Type [[gnu::vector_size(N * sizeof(T))]] = T;
 };
 template <class T>
 struct PackOf<T, 1> {

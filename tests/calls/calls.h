@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "calls/operand.h"
 
@@ -186,7 +187,7 @@ class Call {
   }
   Operand& imageWithAnyStep(const Spans& spans, int step);
   int step(double row, Order order = kStep);  // alone, of rows of the pointer given last
-  bool inPlace(int argument);                 // the image given last is the same as this one; false where it cannot be
+  bool inPlace(int source);                   // the image given last is the same as this one; false where it cannot be
 
   // A pointer alone.
   Operand& array(double count, std::size_t alignment = 1);
@@ -215,9 +216,9 @@ class Call {
   const Operand& operandOf(int argument) const;
   void* made() const;  // the object of object()
   // Promises of a call that has not failed.
-  void promise(const char* what, std::function<bool()> holds) { promises_.push_back({what, holds}); }
+  void promise(const char* what, std::function<bool()> holds) { promises_.push_back({what, std::move(holds)}); }
   // More bytes of the outcome.
-  void observe(std::function<void(std::vector<std::uint8_t>&)> append) { observations_.push_back(append); }
+  void observe(std::function<void(std::vector<std::uint8_t>&)> append) { observations_.push_back(std::move(append)); }
 
  private:
   struct Object {

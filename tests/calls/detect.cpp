@@ -8,7 +8,7 @@ namespace {
 
 std::string typeOf(const Call& c) { return c.is("_32s_C1RSfs") || c.suffix() == "_32s" ? "_32s" : "_32f"; }
 
-void observeExtent(Call& c, std::function<void*()> object) {
+void observeExtent(Call& c, const std::function<void*()>& object) {
   c.observe([=, &c](auto& bytes) {
     RoiSize extent{-1, -1};
     c.call("zvpiGetHaarClassifierSize" + c.suffix(), {object(), &extent});

@@ -86,7 +86,7 @@ void window(Call& c) {
                             : c.in.oneIn(4) ? BorderInMemory
                                             : mode | int(c.in.integer(0, 15)) << 4;
   const auto inMemory = [&](int flag) {
-    return (border & 15) == BorderInMemory || (border & flag) != 0 ? mask / 22 : 0.0;
+    return (border & 15) == BorderInMemory || (border & flag) != 0 ? mask / 22 : 0;
   };
   const double left = inMemory(BorderLeftInMemory), top = inMemory(BorderTopInMemory);
   Spans spans;

@@ -118,7 +118,7 @@ void flow(Call& c) {
   if (!c.in.isWild()) refuseSmallStates(c, size, winSize);
   c.promise("lost points say where, and every point has a place", [=, &found, &status, &error] {
     for (std::size_t i = 0; i < std::size_t(count); ++i) {
-      const int s = status.get<std::int8_t>(i);
+      const auto s = status.get<std::int8_t>(i);
       if (s < 0 || s > maxLev + 1 || (s != 0 && error.get<float>(i) != 0)) return false;
       if (!std::isfinite(found.get<float>(2 * i)) || !std::isfinite(found.get<float>(2 * i + 1))) return false;
     }

@@ -7,6 +7,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <random>
 #include <tuple>
 #include <vector>
@@ -189,7 +190,7 @@ Status callOnImages(F call, RoiSize roi, const Image<T>&... images) {
 template <class T>
 bool sameBits(T a, T b, bool anyNan = false) {
   if constexpr (std::is_floating_point_v<T>)
-    if (anyNan && a != a && b != b) return true;
+    if (anyNan && std::isnan(a) && std::isnan(b)) return true;
   return memcmp(&a, &b, sizeof a) == 0;
 }
 
