@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# What a change must pass beyond the tests: the formatting, Clang without warnings (the benchmarks too) and its bits, the
-# address and undefined-behaviour sanitizers, the thread sanitizer, and a short run of the fuzz target.
+# What a change must pass beyond the tests: the formatting, static analysis, Clang without warnings (the benchmarks too)
+# and its bits, the address and undefined-behaviour sanitizers, the thread sanitizer, and a short run of the fuzz target.
 #
 #   check.sh
 #
@@ -10,14 +10,25 @@ scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(dirname "$scripts")
 source "$scripts/lib.sh"
 
-install_packages g++ cmake ninja-build pkg-config googletest libbenchmark-dev clang-14 libclang-rt-14-dev clang-format-14
+install_packages g++ cmake ninja-build pkg-config googletest libbenchmark-dev clang-14 libclang-rt-14-dev \
+  clang-format-14 clang-tidy-14
 
 say "Checking the format"
 git -C "$root" ls-files -z '*.h' '*.cpp' '*.c' | (cd "$root" && xargs -0 clang-format-14 --dry-run --Werror)
 
+configure() {
+  cmake -S "$root" --preset "$1" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON >/dev/null
+}
+
+# The preset for fuzzing compiles each of these sources once; other presets compile them for several processors.
+say "Analysing the sources"
+configure fuzz
+git -C "$root" ls-files -z 'src/*.cpp' 'zvpcore/*.cpp' 'fuzz/*.cpp' 'tests/calls/*.cpp' |
+  (cd "$root" && quietly xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 -p build/fuzz --quiet)
+
 build() {
   say "Building $1"
-  cmake -S "$root" --preset "$1" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON >/dev/null
+  configure "$1"
   build_folder "$root/build/$1"
 }
 
