@@ -43,7 +43,10 @@ struct FirstDerivative {
 // type Sum, both with the columns beside the region.
 template <int radius, class S, class Sum>
 struct WindowMemory {
-  WindowMemory(int width, Carver memory) : WindowMemory(int64_t{width} + 2 * radius, &memory) {}
+  WindowMemory(int width, Carver memory) : WindowMemory(int64_t{width} + 2 * radius, &memory) {
+    constants += radius;  // not while measuring, when there is no memory to point into
+    sums += radius;
+  }
 
   static Bytes size(int width) {
     Carver measure = Carver::measuring();
@@ -58,7 +61,7 @@ struct WindowMemory {
   static constexpr size_t kLine = 64;
 
   WindowMemory(int64_t columns, Carver* memory)
-      : constants(memory->take<S>(columns, sizeof(S)) + radius), sums(memory->take<Sum>(columns, kLine) + radius) {}
+      : constants(memory->take<S>(columns, sizeof(S))), sums(memory->take<Sum>(columns, kLine)) {}
 };
 
 // The rows that the operator along y meets.
