@@ -3,7 +3,7 @@
 
 #include "core/bytes.h"
 #include "core/checks.h"
-#include "simd/simd.h"
+#include "simd/loose.h"
 
 namespace zvp {
 

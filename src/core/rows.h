@@ -4,7 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "simd/simd.h"
+#include "simd/loose.h"
 #include "zvpcv/types.h"
 
 namespace zvp {

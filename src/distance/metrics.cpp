@@ -1,6 +1,6 @@
 // The usual weights of chamfer transforms.
 #include "core/checks.h"
-#include "simd/simd.h"
+#include "simd/loose.h"
 #include "zvpcv/distance.h"
 
 namespace zvp::distance {

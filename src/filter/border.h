@@ -4,7 +4,7 @@
 #include <stdint.h>
 #include <string.h>
 
-#include "simd/simd.h"
+#include "simd/loose.h"
 #include "zvpcv/types.h"
 
 namespace zvp {

@@ -39,12 +39,12 @@ struct ColumnCall {
     return check(allNonNull(src, int64_t{roi.height} + kernelSize - 1), ErrNullPtr);
   }
 
-  template <int K, class Arithmetic>
+  template <class Arithmetic>
   Status run(const Arithmetic& arithmetic, bool tailIsAnEnd) const {
     const ptrdiff_t width = ptrdiff_t{roi.width} * channels;
     const ptrdiff_t inner = tailIsAnEnd ? width / kBlock * kBlock : width;
     for (int y = 0; y < roi.height; ++y) {
-      const Across<T, K> source(src + y);
+      const Across<T, Arithmetic::kTaps> source(src + y);
       Out* out = dst.row(y);
       innerOutputs(arithmetic, source, inner, out);
       endOutputs(arithmetic, source, inner, width, out);
@@ -58,15 +58,14 @@ Status filterColumns(const ColumnCall<int16_t, Out>& call, const int16_t* taps, 
   if (Status s = call.checkArguments(taps, divisor)) return s;
   return withKernelSize(call.kernelSize, [&]<int K>() {
     return withIntegerSums<int16_t, K>(taps, call.kernelSize, divisor,
-                                       [&](const auto& sums) { return call.template run<K>(sums, true); });
+                                       [&](const auto& sums) { return call.run(sums, true); });
   });
 }
 
 Status filterColumnsLow(const ColumnCall<int16_t, int16_t>& call, const int16_t* taps, int divisor) {
   if (Status s = call.checkArguments(taps, divisor)) return s;
   return withKernelSize(call.kernelSize, [&]<int K>() {
-    return withLowSums<K>(taps, call.kernelSize, divisor,
-                          [&](const auto& sums) { return call.template run<K>(sums, false); });
+    return withLowSums<K>(taps, call.kernelSize, divisor, [&](const auto& sums) { return call.run(sums, false); });
   });
 }
 
@@ -74,7 +73,7 @@ Status filterColumnsFloat(const ColumnCall<float, float>& call, const float* tap
   constexpr int kNoDivisor = 1;
   if (Status s = call.checkArguments(taps, kNoDivisor)) return s;
   return withKernelSize(call.kernelSize, [&]<int K>() {
-    return withFloatSums<K>(taps, call.kernelSize, [&](const auto& sums) { return call.template run<K>(sums, false); });
+    return withFloatSums<K>(taps, call.kernelSize, [&](const auto& sums) { return call.run(sums, false); });
   });
 }
 

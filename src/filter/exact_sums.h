@@ -15,6 +15,8 @@ using simd::Pack;
 // 16-bit pixels in 32 bits.
 template <int K>
 struct ExactSums {
+  static constexpr int kTaps = K;
+
   Taps<int16_t, K> taps;
   float reciprocal;
 
@@ -63,6 +65,8 @@ struct ExactSums {
 // Exact sums that fit 16 bits, as those of bytes under small taps do, divided by a power of two.
 template <int K>
 struct ShortSums {
+  static constexpr int kTaps = K;
+
   ExactSums<K> exact;
   int shift;
 

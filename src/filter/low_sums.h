@@ -11,6 +11,8 @@ using simd::Pack;
 // Sums that wrap in 16 bits, times a factor of 14 fractional bits.
 template <int K>
 struct LowSums {
+  static constexpr int kTaps = K;
+
   static constexpr int kFractionBits = 14;
   static constexpr float kOne = 1 << kFractionBits;
 

@@ -12,6 +12,8 @@ using simd::Pack;
 // Single-precision sums in the order of the taps, every tap times `scale`.
 template <class Tap, int K>
 struct SingleSums {
+  static constexpr int kTaps = K;
+
   Taps<Tap, K> taps;
   float scale;
 

@@ -79,11 +79,12 @@ inline bool sumsAreShort(int64_t absoluteTaps, int divisor) {
 template <class T, int K, class Body>
 Status withIntegerSums(const int16_t* kernel, int kernelSize, int divisor, Body body) {
   constexpr int64_t kExactBelow = 65535;
-  const Taps<int16_t, K> taps(kernel, kernelSize);
   const float reciprocal = 1.0f / static_cast<float>(divisor);
   const int64_t absoluteTaps = absoluteSum(kernel, kernelSize);
-  if (absoluteTaps >= kExactBelow) return body(SingleSums<int16_t, K>{taps, reciprocal});
-  const ExactSums<K> exact{taps, reciprocal};
+  // Rare: one copy of the code is enough.
+  if (absoluteTaps >= kExactBelow)
+    return body(SingleSums<int16_t, 0>{Taps<int16_t, 0>(kernel, kernelSize), reciprocal});
+  const ExactSums<K> exact{Taps<int16_t, K>(kernel, kernelSize), reciprocal};
   if constexpr (std::is_same_v<T, uint8_t>) {
     if (sumsAreShort(absoluteTaps, divisor))
       return body(ShortSums<K>{exact, std::countr_zero(static_cast<uint32_t>(divisor))});

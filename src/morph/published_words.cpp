@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "simd/simd.h"
+#include "simd/registers.h"
 
 namespace zvp::morph {
 namespace {

@@ -7,7 +7,7 @@
 #include "core/data_type.h"
 #include "core/memory.h"
 #include "pyramid/sizes.h"
-#include "simd/simd.h"
+#include "simd/loose.h"
 
 namespace zvp::pyramid {
 namespace {

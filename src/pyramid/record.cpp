@@ -4,7 +4,7 @@
 #include "core/carver.h"
 #include "core/memory.h"
 #include "pyramid/sizes.h"
-#include "simd/simd.h"
+#include "simd/loose.h"
 #include "zvpcv/pyramid.h"
 
 namespace zvp::pyramid {

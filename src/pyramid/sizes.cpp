@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "core/memory.h"
-#include "simd/simd.h"
+#include "simd/loose.h"
 #include "zvpcv/pyramid.h"
 
 namespace zvp::pyramid {

@@ -1,24 +1,10 @@
-// Packs from and to memory of any alignment and any effective type, in whole or in part, and stores past the caches.
+// Parts of packs from and to memory, and stores past the caches.
 #pragma once
 
+#include "simd/loose.h"
 #include "simd/registers.h"
 
 namespace zvp::simd {
-
-template <class V>
-struct [[gnu::packed, gnu::may_alias]] Loose {
-  V value;
-};
-
-template <class V>
-ZVP_INLINE V load(const void* p) {
-  return static_cast<const Loose<V>*>(p)->value;
-}
-
-template <class V>
-ZVP_INLINE void store(void* p, V v) {
-  static_cast<Loose<V>*>(p)->value = v;
-}
 
 // All bits of the lanes first..end - 1 of N.
 template <int N>

@@ -10,7 +10,7 @@
 #include <bit>
 #include <type_traits>
 
-#define ZVP_INLINE __attribute__((always_inline)) inline
+#include "simd/loose.h"
 
 namespace zvp::simd {
 

@@ -218,7 +218,7 @@ void Call::rows(double count, double values) {
   if (p.isConst && !starts.empty() && in.wildly(16))
     starts[std::size_t(in.integer(0, int(starts.size()) - 1))] = nullptr;
   const auto pointers = [&] {
-    Operand o(in, Access::kRead, {sizeof(void*), false}, double(starts.size()), false, alignof(void*));
+    Operand o(in, Access::kRead, {sizeof(void*), false}, double(starts.size()), false);
     if (exist) std::memcpy(o.start(), starts.data(), o.size());
     return o;
   };
@@ -232,7 +232,7 @@ void Call::rows(double count, double values) {
 }
 
 void Call::object(const std::string& release) {
-  object_ = &scratch(sizeof(void*), alignof(void*));
+  object_ = &scratch(sizeof(void*));
   release_ = release;
 }
 

@@ -191,7 +191,7 @@ class Call {
 
   // A pointer alone.
   Operand& array(double count, std::size_t alignment = 1);
-  Operand& scalar() { return array(1, alignof(double)); }
+  Operand& scalar() { return array(1); }
   Operand& scratch(int bytes, std::size_t alignment = 1);
   Operand& share(const Operand& operand, Access access);
   // `count` pointers to arrays that lie apart.

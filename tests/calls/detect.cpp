@@ -21,7 +21,7 @@ void refuseRects(Call& c, const Operand& rects) {
   std::vector<Rect> bad = {{-1, 0, 1, 1}, {0, -1, 1, 1}, {0, 0, 0, 1}, {0, 0, 1, 0}, {INT_MAX, 0, 1, 1}};
   bad.push_back({0, INT_MAX - (c.is("Tilted") ? 5 : 4), 1, 5});
   for (const Rect& r : bad) {
-    const Operand& others = c.add(Operand(c.in, Access::kRead, {1, false}, double(rects.size()), false, alignof(Rect)));
+    const Operand& others = c.add(Operand(c.in, Access::kRead, {1, false}, double(rects.size()), false));
     std::memcpy(others.start(), rects.start(), rects.size());
     std::memcpy(others.start() + rects.size() - sizeof r, &r, sizeof r);
     c.rejects({others.start()}, ErrBadArg, kLater + 20);
@@ -39,12 +39,15 @@ void build(Call& c) {
     if (counts.back() <= 4) rects += std::max(counts.back(), 0);
   }
   c.object("zvpiHaarClassifierFree" + c.suffix());
-  const Operand& features = c.array(rects, alignof(Rect));
-  for (int i = 0; i < rects; ++i) features.as<Rect>()[i] = c.in.rect();
+  const Operand& features = c.array(rects);
+  for (int i = 0; i < rects; ++i) {
+    const Rect rect = c.in.rect();
+    std::memcpy(features.start() + i * int{sizeof rect}, &rect, sizeof rect);
+  }
   if (rects > 0 && !c.in.isWild()) refuseRects(c, features);
-  c.array(rects, alignof(int));
-  for (int i = 0; i < 3; ++i) c.array(length, alignof(int));
-  const Operand& numbers = c.array(length, alignof(int));
+  c.array(rects);
+  for (int i = 0; i < 3; ++i) c.array(length);
+  const Operand& numbers = c.array(length);
   for (std::size_t k = 0; k < counts.size(); ++k) numbers.put(k, counts[k]);
   for (const int count : {0, -1, INT_MAX}) {
     const Operand& others = c.add(Operand(c.in, Access::kRead, {sizeof count, false}, length, false, alignof(int)));
@@ -109,11 +112,13 @@ std::vector<Corner> corners(const Stage& stage, bool ofTurned) {
     return Corner{double(static_cast<std::int32_t>(column)), double(static_cast<std::int32_t>(row))};
   };
   std::vector<Corner> out;
-  const Rect* r = stage.built->operandOf(1).as<Rect>();
+  const Operand& rects = stage.built->operandOf(1);
+  std::size_t next = 0;
   for (int k = 0; k < stage.length(); ++k) {
     const bool isTurned = stage.turned[std::size_t(k)] != 0;
-    for (int i = 0; i < stage.count(k); ++i, ++r) {
-      const std::int64_t x = r->x, y = r->y, w = r->width, h = r->height;
+    for (int i = 0; i < stage.count(k); ++i) {
+      const Rect r = rects.get<Rect>(next++);
+      const std::int64_t x = r.x, y = r.y, w = r.width, h = r.height;
       if (isTurned != ofTurned) continue;
       if (!isTurned) {
         out.insert(out.end(), {at(x + w, y + h), at(x, y + h), at(x + w, y), at(x, y)});

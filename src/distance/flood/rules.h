@@ -96,14 +96,17 @@ class Near {
     }
   };
 
-  Near(const T* minDelta, const T* maxDelta, const T* seed = nullptr) : aboutSeed_(seed != nullptr) {
+  Near(const T* minDelta, const T* maxDelta, const T* seed) : Near(minDelta, maxDelta) {
+    aboutSeed_ = true;
+    simd::store(seeds_, Chunk::repeat(seed));
+  }
+  Near(const T* minDelta, const T* maxDelta) {
     for (int c = 0; c < channels; ++c) {
       minDelta_[c] = simd::load<T>(minDelta + c);
       maxDelta_[c] = simd::load<T>(maxDelta + c);
     }
     below_ = Chunk::repeat(minDelta_);
     above_ = Chunk::repeat(maxDelta_);
-    if (aboutSeed_) simd::store(seeds_, Chunk::repeat(seed));
   }
 
   Test test(const T* candidates, const T* joined) const {
@@ -123,7 +126,7 @@ class Near {
     }
   }
 
-  bool aboutSeed_;
+  bool aboutSeed_ = false;
   T minDelta_[channels], maxDelta_[channels], seeds_[Chunk::kLanes];
   typename Chunk::Vector below_, above_;
 };

@@ -5,7 +5,7 @@
 #include "core/data_type.h"
 #include "core/memory.h"
 #include "filter/scharr.h"
-#include "simd/simd.h"
+#include "simd/loose.h"
 
 namespace zvp::flow {
 
