@@ -66,10 +66,6 @@ class Operand {
 
   void put(std::size_t index, double value) const;  // as an element
   template <class T>
-  T* as() const {
-    return reinterpret_cast<T*>(start());
-  }
-  template <class T>
   T get(std::size_t index = 0) const {
     T value;
     std::memcpy(&value, start() + index * sizeof value, sizeof value);
