@@ -56,7 +56,11 @@ struct Preparation {
   Point anchor;
 };
 
-constexpr Point maskCentre(RoiSize mask) { return {(mask.width - 1) >> 1, (mask.height - 1) >> 1}; }
+// Of an even number of members the first of the two in the middle. Sizes may be such as the checks refuse.
+constexpr Point maskCentre(RoiSize mask) {
+  const auto middle = [](int n) { return n % 2 == 0 ? n / 2 - 1 : n / 2; };
+  return {middle(mask.width), middle(mask.height)};
+}
 
 // Of a mask that is a rectangle or has one run in every row.
 struct DecompositionRecord {
