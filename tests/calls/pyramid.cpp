@@ -1,6 +1,7 @@
 // Pyramids: octaves, sizes and records, and layers with states made for sizes of their own.
 #include <zvpcv/pyramid.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "calls/calls.h"
@@ -119,7 +120,7 @@ void layer(Call& c) {
   c.give(to);
   RoiSize least = to, most = to;
   if (!isDown) c.call("zvpiGetPyramidUpROI", {from, &least, &most, state->argument(2)});
-  for (const int height : {0, INT_MIN, INT_MAX, least.height - 1, most.height + 1})
+  for (const int height : {0, INT_MIN, INT_MAX, std::max(least.height, 1) - 1, std::min(most.height, INT_MAX - 1) + 1})
     c.rejects({RoiSize{to.width, height}}, ErrSize, kLater + 9);
   c.give(state->made());
   c.rejects({nullptr}, ErrNullPtr, kNull);
