@@ -129,26 +129,6 @@ TEST(Chamfer, EqualsThePlainPassesAtEveryWidthAndHeight) {
   });
 }
 
-using Bytes = std::vector<uint8_t>;
-
-Bytes transformed(Bytes pixels, int width, std::vector<int32_t> weights, bool knights) {
-  const RoiSize roi{width, static_cast<int>(pixels.size()) / width};
-  EXPECT_EQ((knights ? zvpiDistanceTransform_5x5_8u_C1IR : zvpiDistanceTransform_3x3_8u_C1IR)(pixels.data(), width, roi,
-                                                                                              weights.data()),
-            StatusOk);
-  return pixels;
-}
-
-TEST(Chamfer, HandComputed) {
-  EXPECT_EQ(transformed({1, 1, 0, 1, 1, 1}, 6, {100, 1}, false), (Bytes{200, 100, 0, 100, 200, 255}));  // saturates
-  EXPECT_EQ(transformed({1, 1, 0, 1, 1, 1}, 1, {3, 1}, false), (Bytes{6, 3, 0, 3, 6, 9}));  // no diagonals in a column
-  // Two diagonal steps of 1 cost less than a straight one of 9: the right pixel is reached through the lower row.
-  EXPECT_EQ(transformed({0, 1, 1, 1, 1, 1}, 3, {9, 1}, false), (Bytes{0, 9, 2, 9, 1, 10}));
-  // A knight's step of 1, shorter than the others.
-  EXPECT_EQ(transformed({0, 1, 1, 1, 1, 1}, 3, {9, 9, 1}, true), (Bytes{0, 9, 10, 9, 9, 1}));
-  EXPECT_EQ(transformed({0, 1, 1, 1, 1, 1}, 6, {5, 7, 11}, true), (Bytes{0, 5, 10, 15, 20, 25}));
-}
-
 TEST(Chamfer, MaskTable) {
   const int32_t integers[2][3][3] = {{{1, 1}, {1, 2}, {2, 3}}, {{1, 1, 2}, {1, 2, 3}, {5, 7, 11}}};
   const uint32_t one = 0x3f800000, two = 0x40000000, three = 0x40400000;

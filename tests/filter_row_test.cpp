@@ -173,37 +173,6 @@ TEST(FilterRow, InnerOutputsRoundAndBorderOutputsTruncate) {
   }
 }
 
-// 513 x 32767 = 16809471 is no single-precision number: it becomes 16809472. Taps that add up to 65534 are summed
-// exactly, those that add up to 65535 are not.
-TEST(FilterRow, StrongTapsAreSummedInSinglePrecision) {
-  const auto member = ZVP_ROW_MEMBER(16s_C1R);
-  const Row row = {513, 513, 0, 513, 513, 0};  // outputs 0 and 3 are inner ones, output 5 meets the border
-  for (const int16_t excess : {0, 1}) {
-    const auto last = static_cast<int16_t>(1 + excess);
-    EXPECT_EQ(filtered(member, row, {32767, -32766, last}, 0, BorderWrap, 0, 1)[3], 513 + excess);
-    EXPECT_EQ(filtered(member, row, {last, 32767, -32766}, 0, BorderWrap, 0, 1)[5], 513 + excess);
-  }
-  const Row high(6, 32767);  // far beyond 32 bits both ends saturate
-  EXPECT_EQ(filtered(member, high, Row(4, 32767), 1, BorderReplicate, 0, 1), high);
-  EXPECT_EQ(filtered(member, high, Row(4, 32767), 1, BorderReplicate, 0, -1), Row(6, -32768));
-}
-
-TEST(FilterRowLow, SumsWrapAndScalesHaveFourteenBits) {
-  const struct {
-    Row row, taps;
-    int divisor;
-    Row expected;  // the border output (unsaturated), then the inner ones (wrapped)
-  } cases[] = {
-      {{20000, 20000, 20000}, {1, 1}, 1, {20000, -25536, -25536}},
-      {{300, 0, 300}, {0, 1}, 3, {99, 0, 99}},          // r = 5461: (300 x 5461) >> 14 = 99, not 100
-      {{20000, 20000}, {0, 2}, 2, {20000, -12768}},     // 40000 wraps to -25536; the border keeps its 32 bits
-      {{-32768, -32768}, {0, 1}, -1, {-32768, 32767}},  // negated: the border wraps, the inner output saturates
-      {{-1, -1}, {0, 1}, 2, {-1, -1}},                  // arithmetic shift: floor(-1 x 8192 / 16384) = -1
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(filtered(ZVP_ROW_MEMBER(Low_16s_C1R), c.row, c.taps, 1, BorderConstant, 0, c.divisor), c.expected);
-}
-
 TEST(FilterRow, StopsAtANullRow) {
   forEachMember([]<class T, class Out, class Tap, class A>(const FilterMember<T, Out, Tap, A>& member) {
     SCOPED_TRACE(member.name);

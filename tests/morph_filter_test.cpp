@@ -64,30 +64,6 @@ TEST(Morphology, WideRowsAndMasksEqualThePlainModel) {  // also rings that are s
   });
 }
 
-TEST(Morphology, HandComputedRow) {
-  const auto member = morphMember("8u_C1R", zvpiMorphologyBorderGetSize_8u_C1R, zvpiMorphologyBorderInit_8u_C1R,
-                                  {zvpiErodeBorder_8u_C1R, zvpiDilateBorder_8u_C1R});
-  const struct {
-    Mask mask;
-    int operation;
-    std::vector<uint8_t> expected;
-  } cases[] = {
-      {full(3, 1), 0, {1, 1, 1, 4, 4}},     {full(3, 1), 1, {5, 9, 9, 9, 9}},
-      {full(4, 4), 0, {1, 1, 1, 4, 4}},      // anchor (1, 1), border value unused
-      {full(2, 1), 0, {1, 1, 9, 4, 4}},      // anchor (0, 0)
-      {drawn({"x.."}), 0, {5, 5, 1, 9, 9}},  // the left neighbour alone
-      {drawn({"..."}), 1, {5, 1, 9, 9, 4}},  // no member: a copy
-  };
-  for (const auto& [mask, operation, expected] : cases) {
-    const uint8_t src[] = {5, 1, 9, 9, 4};
-    std::vector<uint8_t> dst(5);
-    const MorphWork work(member, 5, mask);
-    EXPECT_EQ(member.operations[operation](src, 5, dst.data(), 5, {5, 1}, BorderReplicate, work.spec(), work.buffer()),
-              StatusOk);
-    EXPECT_EQ(dst, expected);
-  }
-}
-
 TEST(Morphology, UnknownModeWritesNothing) {
   forEachMorphMember([]<class T>(const Member<T>& member) {
     const MorphWork work(member, 8, full(3, 3));
