@@ -1,4 +1,4 @@
-// Local peaks against the definition written out, hand-computed rules, and the checks.
+// Local peaks against the definition written out, and hand-computed rules.
 #include <cmath>
 #include <limits>
 

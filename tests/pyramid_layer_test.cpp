@@ -1,6 +1,7 @@
-// Layers: states, reduction and expansion against plain filters, hand-computed examples, checks, failed allocations.
+// Layers: states, reduction and expansion against plain filters, hand-computed examples.
 #include <sys/mman.h>
 
+#include "support/border.h"
 #include "support/filter.h"
 #include "support/pyramid.h"
 
@@ -101,7 +102,7 @@ Plane rowsThenColumns(const Plane& p, RoiSize size, Step step) {
 Plane filtered(const Plane& p, const std::vector<float>& taps) {
   const int reach = static_cast<int>(taps.size()) / 2;
   return Plane(p.width, p.height, [&](int x, int y) {
-    return plainFloat(taps, [&](int k) { return p.at(mirrored(x + k - reach, p.width), y); });
+    return plainFloat(taps, [&](int k) { return p.at(int(walkedInside(x + k - reach, p.width, BorderReflect)), y); });
   });
 }
 

@@ -123,16 +123,5 @@ TEST(RectStdDev, AreasBeyond24And31Bits) {
   }
 }
 
-// Pixels 1 and 4: mean 2.5, mean square 8.5, variance 2.25.
-TEST(RectStdDev, HandComputed) {
-  const int32_t sums[] = {0, 0, 0, 0, 1, 5}, squares[] = {0, 0, 0, 0, 1, 17};
-  for (const auto& [scaleFactor, expected] : {std::pair{0, 2}, {-1, 3}, {-4, 24}, {1, 1}, {-31, INT32_MAX}}) {
-    int32_t deviation = -1;
-    EXPECT_EQ(zvpiRectStdDev_32s_C1RSfs(sums, 12, squares, 12, &deviation, 4, {1, 1}, {0, 0, 2, 1}, scaleFactor),
-              StatusOk);
-    EXPECT_EQ(deviation, expected) << "1.5 rounds to the even 2";
-  }
-}
-
 }  // namespace
 }  // namespace zvp::test

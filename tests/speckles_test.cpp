@@ -1,4 +1,4 @@
-// Speckle marking against a model that grows regions with a stack of pixels, hand-computed rules, and the checks.
+// Speckle marking against a model that grows regions with a stack of pixels, and hand-computed rules.
 #include <algorithm>
 #include <cmath>
 #include <functional>

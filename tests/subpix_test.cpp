@@ -196,23 +196,6 @@ TEST(CopySubpixIntersect, EqualsThePlainModelEverywhere) {
   });
 }
 
-// A row 0 10 20 30 and windows of 3 that start at -1.5 and at 1.5: numbers by hand.
-TEST(CopySubpixIntersect, EdgesAreRepeatedAndReported) {
-  const float src[4] = {0, 10, 20, 30};
-  Point min = kUnwritten, max = kUnwritten;
-  const auto window = [&](float corner) {
-    std::vector<float> out(3);
-    EXPECT_EQ(zvpiCopySubpixIntersect_32f_C1R(src, 16, {4, 1}, out.data(), 12, {3, 1}, {corner + 1, 0}, &min, &max),
-              StatusOk);
-    return out;
-  };
-  EXPECT_EQ(window(-1.5f), (std::vector<float>{0, 0, 5}));
-  EXPECT_EQ(inside(min, max), (Inside{2, 2, 0, -1})) << "no row below the only one";
-  EXPECT_EQ(window(1.5f), (std::vector<float>{15, 25, 30}));
-  EXPECT_EQ(inside(min, max), (Inside{0, 1, 0, -1}));
-  EXPECT_EQ(window(0.0f), (std::vector<float>{0, 10, 20})) << "no fraction is raised";
-}
-
 TEST(CopySubpixIntersect, PointsFarAwayTakeTheEdge) {
   const float src[4] = {1, 2, 3, 4};
   const auto expectEdge = [&](float x, float edge, int first, int last) {

@@ -11,12 +11,6 @@
 
 namespace zvp::test {
 
-// The pixel that stands for i on an axis of n.
-inline int mirrored(int i, int n) {
-  while (n > 1 && (i < 0 || i >= n)) i = i < 0 ? -i : 2 * (n - 1) - i;
-  return n == 1 ? 0 : i;
-}
-
 // A record that releases itself; null where the call that should make it fails.
 using RecordPtr = std::unique_ptr<Pyramid, Status (*)(Pyramid*)>;
 inline RecordPtr makeRecord(int level, RoiSize base, float rate) {
