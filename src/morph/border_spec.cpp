@@ -3,6 +3,7 @@
 #include "core/memory.h"
 #include "core/query.h"
 #include "morph/prepared_mask.h"
+#include "simd/loose.h"
 
 namespace zvp::morph {
 namespace {
@@ -56,7 +57,7 @@ Status checkState(const Preparation& p, State* state) {
   void* block = allocate(preparedBytes(p.flavour, p.roiWidth, p.size));
   if (block == nullptr) return ErrNoMemory;
   prepareMask(block, p);
-  *state = static_cast<MorphState*>(block);
+  simd::store(state, static_cast<MorphState*>(block));
   return StatusOk;
 }
 

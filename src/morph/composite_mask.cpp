@@ -6,6 +6,7 @@
 #include "core/memory.h"
 #include "core/query.h"
 #include "core/runs.h"
+#include "simd/loose.h"
 
 namespace zvp::morph {
 namespace {
@@ -64,7 +65,7 @@ void fill(void* object, const Extent& e, const uint8_t* mask, uint8_t* buffer) {
   void* block = e.fits() ? allocate(e.spec()) : nullptr;
   if (block == nullptr) return ErrNoMemory;
   fill(block, e, mask, nullptr);
-  *spec = static_cast<MorphAdvSpec*>(block);
+  simd::store(spec, static_cast<MorphAdvSpec*>(block));
   return StatusOk;
 }
 
