@@ -39,7 +39,7 @@ struct ChunkOf {
   // A pixel again and again; what is left of the register is not looked at.
   static Vector repeat(const T* pixel) {
     T elements[kLanes];
-    for (int i = 0; i < kLanes; ++i) elements[i] = pixel[i % channels];
+    for (int i = 0; i < kLanes; ++i) elements[i] = simd::load<T>(pixel + i % channels);
     return simd::load<Vector>(elements);
   }
 };
