@@ -17,7 +17,7 @@ Parts::Parts(void* object, const Preparation& p) {
   mask = parts.take<uint8_t>(a, flavour.bits ? 1 : kVectorBytes);
   dilate = parts.take<uint8_t>(selectors, 1);
   erode = parts.take<uint8_t>(selectors, 1);
-  tables = parts.take<int32_t>(words ? int64_t{3} * p.size.height : 0, sizeof(int32_t));
+  tables = words ? parts.take<int32_t>(int64_t{3} * p.size.height, sizeof(int32_t)) : nullptr;
   if (!words && !flavour.bits) parts.take<uint8_t>(bufferBytes(flavour, p.roiWidth, p.size).value(), 1);
 }
 
