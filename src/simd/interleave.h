@@ -72,7 +72,9 @@ template <int N, int channels = 1>
 ZVP_INLINE Strided<N> loadStrided(const float* p) {
   if constexpr (N == 16 && channels == 1) {
     // A pack is the one before last, moved on by one element: that is fewer loads across cache lines.
-    const auto append = [](Pack<float, N> v, const float* last) { return slideDown<1>(v, broadcast<float, N>(load<float>(last))); };
+    const auto append = [](Pack<float, N> v, const float* last) {
+      return slideDown<1>(v, broadcast<float, N>(load<float>(last)));
+    };
     const auto first = loadPhases<N>(p);
     const auto third = append(first.even, p + 2 * N);
     return {{first.even, first.odd, third, append(first.odd, p + 2 * N + 1), append(third, p + 2 * N + 2)}};
