@@ -16,19 +16,9 @@ install_packages g++ cmake ninja-build pkg-config googletest libbenchmark-dev cl
 say "Checking the format"
 git -C "$root" ls-files -z '*.h' '*.cpp' '*.c' | (cd "$root" && xargs -0 clang-format-14 --dry-run --Werror)
 
-configure() {
-  cmake -S "$root" --preset "$1" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON >/dev/null
-}
-
-# The preset for fuzzing compiles each of these sources once; other presets compile them for several processors.
-say "Analysing the sources"
-configure fuzz
-git -C "$root" ls-files -z 'src/*.cpp' 'zvpcore/*.cpp' 'fuzz/*.cpp' 'tests/calls/*.cpp' |
-  (cd "$root" && quietly xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 -p build/fuzz --quiet)
-
 build() {
   say "Building $1"
-  configure "$1"
+  cmake -S "$root" --preset "$1" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON >/dev/null
   build_folder "$root/build/$1"
 }
 
@@ -46,6 +36,11 @@ say "Testing threads"
 quietly ctest --test-dir "$root/build/tsan" -R Threads --no-tests=error --output-on-failure
 
 build fuzz
+# This preset compiles each of these sources once; others compile them for several processors.
+say "Analysing the sources"
+git -C "$root" ls-files -z 'src/*.cpp' 'zvpcore/*.cpp' 'fuzz/*.cpp' 'tests/calls/*.cpp' |
+  (cd "$root" && quietly xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 -p build/fuzz --quiet)
+
 say "Fuzzing for half a minute"
 quietly "$root/build/fuzz/bin/zvpcv_fuzz" -max_total_time=30
 say "All checks passed"
