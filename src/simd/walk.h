@@ -83,9 +83,7 @@ struct Cover {
         if (!call<N>(i)) return false;
       return i >= n || call<N>(n - N);
     } else {
-      // Rows shorter than a register are rare: straight to the narrowest one, for the sake of less code.
-      constexpr int kNarrowest = 16 / int{sizeof(T)};
-      return Cover{f, 0}.template over<(N > kNarrowest ? kNarrowest : 1)>(n);
+      return Cover{f, 0}.template over<kNarrower<N, sizeof(T)>>(n);
     }
   }
 };
