@@ -173,6 +173,22 @@ TEST(FilterRow, InnerOutputsRoundAndBorderOutputsTruncate) {
   }
 }
 
+// 255 x 129 is the first sum of bytes under positive taps that 16 bits do not hold.
+TEST(FilterRow, SumsOfBytesJustBeyondSixteenBits) {
+  const std::vector<uint8_t> row(40, UINT8_MAX);
+  const Row taps(3, 43);
+  Row out(row.size());
+  int16_t* rows[] = {out.data()};
+  const RoiSize roi{static_cast<int>(row.size()), 1};
+  uint8_t buffer[36 * 3 + 144];
+  ASSERT_EQ(zvpiFilterRowBorderPipeline_8u16s_C1R(row.data(), roi.width, rows, roi, taps.data(), 3, 1, BorderReplicate,
+                                                  0, 2, buffer),
+            StatusOk);
+  Row expected(row.size(), 16448);  // 16447.5 to even
+  expected.front() = expected.back() = 16447;
+  EXPECT_EQ(out, expected);
+}
+
 TEST(FilterRow, StopsAtANullRow) {
   forEachMember([]<class T, class Out, class Tap, class A>(const FilterMember<T, Out, Tap, A>& member) {
     SCOPED_TRACE(member.name);
